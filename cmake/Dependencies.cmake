@@ -1,0 +1,22 @@
+# Third-party libraries, all taken from the distribution. Every one is a system include, so that its
+# headers are held to its own standard of warnings and not to ours.
+
+find_package(Threads REQUIRED)
+find_package(nlohmann_json 3.11 REQUIRED)
+find_package(fmt 9 REQUIRED)
+
+find_path(ASIO_INCLUDE_DIR asio.hpp REQUIRED)
+add_library(Asio INTERFACE)
+target_include_directories(Asio SYSTEM INTERFACE "${ASIO_INCLUDE_DIR}")
+target_compile_definitions(Asio INTERFACE ASIO_STANDALONE ASIO_NO_DEPRECATED)
+target_link_libraries(Asio INTERFACE Threads::Threads)
+
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(utf8proc REQUIRED IMPORTED_TARGET libutf8proc)
+
+if(TESSARA_BUILD_TESTS)
+  find_package(GTest REQUIRED)
+endif()
+if(TESSARA_BUILD_BENCHMARKS)
+  find_package(benchmark REQUIRED)
+endif()
