@@ -8,7 +8,9 @@ find_package(fmt 9 REQUIRED)
 find_path(ASIO_INCLUDE_DIR asio.hpp REQUIRED)
 add_library(Asio INTERFACE)
 target_include_directories(Asio SYSTEM INTERFACE "${ASIO_INCLUDE_DIR}")
-target_compile_definitions(Asio INTERFACE ASIO_STANDALONE ASIO_NO_DEPRECATED)
+# Asio knows g++'s coroutines by itself, and clang's only when told.
+target_compile_definitions(Asio INTERFACE
+  ASIO_STANDALONE ASIO_NO_DEPRECATED ASIO_HAS_CO_AWAIT ASIO_HAS_STD_COROUTINE)
 target_link_libraries(Asio INTERFACE Threads::Threads)
 
 find_package(PkgConfig REQUIRED)
