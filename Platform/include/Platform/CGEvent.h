@@ -1,0 +1,158 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace tessara {
+
+/// A point of the global desktop, in points; y grows downward.
+struct CGPoint {
+    double x = 0;
+    double y = 0;
+    bool operator==(const CGPoint&) const = default;
+};
+
+/// A display's place on the global desktop, in points. `minX` and `minY` belong to it, `maxX` and
+/// `maxY` do not.
+struct CGRect {
+    double x = 0;
+    double y = 0;
+    double width = 0;
+    double height = 0;
+
+    [[nodiscard]] double minX() const { return x; }
+    [[nodiscard]] double minY() const { return y; }
+    [[nodiscard]] double maxX() const { return x + width; }
+    [[nodiscard]] double maxY() const { return y + height; }
+    [[nodiscard]] bool isEmpty() const { return width <= 0 || height <= 0; }
+    [[nodiscard]] bool contains(CGPoint point) const {
+        return point.x >= minX() && point.x < maxX() && point.y >= minY() && point.y < maxY();
+    }
+    bool operator==(const CGRect&) const = default;
+};
+
+/// What kind of event it is. Other numbers than these occur, and pass through the program
+/// untouched.
+enum class CGEventType : std::uint32_t {
+    null = 0,
+    leftMouseDown = 1,
+    leftMouseUp = 2,
+    rightMouseDown = 3,
+    rightMouseUp = 4,
+    mouseMoved = 5,
+    leftMouseDragged = 6,
+    rightMouseDragged = 7,
+    keyDown = 10,
+    keyUp = 11,
+    flagsChanged = 12,
+    scrollWheel = 22,
+    otherMouseDown = 25,
+    otherMouseUp = 26,
+    otherMouseDragged = 27,
+    tapDisabledByTimeout = 0xFFFFFFFE,
+    tapDisabledByUserInput = 0xFFFFFFFF,
+};
+
+/// The numbered fields that the program reads or writes.
+enum class CGEventField : std::uint32_t {
+    mouseEventButtonNumber = 3,
+    mouseEventDeltaX = 4,
+    mouseEventDeltaY = 5,
+    keyboardEventKeycode = 9,
+    scrollWheelEventDeltaAxis1 = 11,  ///< lines, vertical
+    scrollWheelEventDeltaAxis2 = 12,  ///< lines, horizontal
+    eventSourceUserData = 42,
+    mouseEventSenderID = 87,  ///< the sending device, on button and drag events of some systems
+    scrollWheelEventIsContinuous = 88,
+    scrollWheelEventFixedPtDeltaAxis1 = 93,
+    scrollWheelEventFixedPtDeltaAxis2 = 94,
+    scrollWheelEventPointDeltaAxis1 = 96,  ///< pixels, vertical
+    scrollWheelEventPointDeltaAxis2 = 97,  ///< pixels, horizontal
+    scrollWheelEventScrollPhase = 99,
+    scrollWheelEventMomentumPhase = 123,
+    unacceleratedPointerMovementX = 170,  ///< sensor counts
+    unacceleratedPointerMovementY = 171,  ///< sensor counts
+};
+
+/// One input event, as it travels between a platform, the tap and the posters: a flat value that is
+/// copied freely and never allocates.
+///
+/// A field holds either an integer or a double, whichever was written last, and can be read as
+/// both: an integer reads as the double of the same value, a double as its integer part (limited to
+/// the integer's range; 0 when it is not a number). A field that was never written reads as 0.
+class CGEvent {
+  public:
+    CGEventType type = CGEventType::null;
+    /// The modifier bits, generic and device-dependent (`CGEventFlagMask`).
+    std::uint64_t flags = 0;
+    /// Where the cursor is once the event has happened.
+    CGPoint location;
+    /// When it happened, in nanoseconds on the program's time line; 0 when nobody said.
+    std::uint64_t timestampNanos = 0;
+    /// Whatever the platform needs to know the event's device again (`HIDEventSystem`); 0 when no
+    /// HID event stands behind it. Nobody else reads it.
+    std::uint64_t hidEventReference = 0;
+
+    [[nodiscard]] std::int64_t integerValue(CGEventField field) const;
+    [[nodiscard]] double doubleValue(CGEventField field) const;
+    void setIntegerValue(CGEventField field, std::int64_t value);
+    void setDoubleValue(CGEventField field, double value);
+
+    bool operator==(const CGEvent&) const = default;
+
+    /// Every field, in rising order of number: what a platform or a printer walks.
+    static constexpr std::array allFields{
+        CGEventField::mouseEventButtonNumber,
+        CGEventField::mouseEventDeltaX,
+        CGEventField::mouseEventDeltaY,
+        CGEventField::keyboardEventKeycode,
+        CGEventField::scrollWheelEventDeltaAxis1,
+        CGEventField::scrollWheelEventDeltaAxis2,
+        CGEventField::eventSourceUserData,
+        CGEventField::mouseEventSenderID,
+        CGEventField::scrollWheelEventIsContinuous,
+        CGEventField::scrollWheelEventFixedPtDeltaAxis1,
+        CGEventField::scrollWheelEventFixedPtDeltaAxis2,
+        CGEventField::scrollWheelEventPointDeltaAxis1,
+        CGEventField::scrollWheelEventPointDeltaAxis2,
+        CGEventField::scrollWheelEventScrollPhase,
+        CGEventField::scrollWheelEventMomentumPhase,
+        CGEventField::unacceleratedPointerMovementX,
+        CGEventField::unacceleratedPointerMovementY,
+    };
+
+  private:
+    struct Slot {
+        bool isDouble = false;
+        std::int64_t integer = 0;
+        double real = 0;
+        bool operator==(const Slot&) const = default;
+    };
+
+    static std::size_t slotIndex(CGEventField field);
+
+    std::array<Slot, allFields.size()> slots_{};
+};
+
+/// The bits of `CGEvent::flags`: nine that say which modifier is in force, and below them one for
+/// each physical key.
+namespace CGEventFlagMask {
+inline constexpr std::uint64_t alphaShift = 0x10000;
+inline constexpr std::uint64_t shift = 0x20000;
+inline constexpr std::uint64_t control = 0x40000;
+inline constexpr std::uint64_t alternate = 0x80000;
+inline constexpr std::uint64_t command = 0x100000;
+inline constexpr std::uint64_t numericPad = 0x200000;
+inline constexpr std::uint64_t help = 0x400000;
+inline constexpr std::uint64_t secondaryFn = 0x800000;
+}  // namespace CGEventFlagMask
+
+/// Where events enter the stream and where taps look at it, in the order in which an event passes.
+enum class CGEventTapLocation : std::uint32_t { hid = 0, session = 1, annotatedSession = 2 };
+/// At which end of the taps of one location a new one goes.
+enum class CGEventTapPlacement : std::uint32_t { headInsert = 0, tailAppend = 1 };
+/// Whether a tap may change and drop events, or only listen.
+enum class CGEventTapOptions : std::uint32_t { defaultTap = 0, listenOnly = 1 };
+
+}  // namespace tessara
