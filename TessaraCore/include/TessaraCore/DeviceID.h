@@ -1,0 +1,33 @@
+#pragma once
+
+#include <compare>
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace tessara {
+
+/// The identity of one physical input device for the length of a run. It says nothing about what
+/// the device is, and is not the same after the device was unplugged.
+struct DeviceID {
+    std::uint64_t rawValue = 0;
+
+    /// The device of an event that names none.
+    static const DeviceID unknown;
+
+    /// "DeviceID(17)", for people to read.
+    [[nodiscard]] std::string description() const;
+
+    auto operator<=>(const DeviceID&) const = default;
+};
+
+inline constexpr DeviceID DeviceID::unknown{0};
+
+}  // namespace tessara
+
+template <>
+struct std::hash<tessara::DeviceID> {
+    std::size_t operator()(const tessara::DeviceID& id) const noexcept {
+        return std::hash<std::uint64_t>{}(id.rawValue);
+    }
+};
