@@ -1,0 +1,51 @@
+#pragma once
+
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <variant>
+
+#include "HIDPlusPlus/HIDPPDeviceIdentity.h"
+
+namespace tessara {
+
+/// How the mouse stands to the program. `Connected` is only ever said once the mouse's features are
+/// known, so that whoever hears of it can use them at once.
+struct HIDPPConnectionState {
+    struct Disconnected {
+        bool operator==(const Disconnected&) const = default;
+    };
+    /// The mouse is there, but the user has not granted access to it.
+    struct NotPermitted {
+        bool operator==(const NotPermitted&) const = default;
+    };
+    struct Connected {
+        HIDPPDeviceIdentity identity;
+        bool operator==(const Connected&) const = default;
+    };
+
+    using Case = std::variant<Disconnected, NotPermitted, Connected>;
+
+    Case value;
+
+    HIDPPConnectionState() = default;
+
+    /// Implicit, so that a case can be given where a state is wanted.
+    template <typename T>
+        requires std::is_constructible_v<Case, std::in_place_type_t<T>, T>
+    HIDPPConnectionState(T state) : value(std::in_place_type<T>, std::move(state)) {}
+
+    template <typename T>
+    bool is() const {
+        return std::holds_alternative<T>(value);
+    }
+
+    bool isConnected() const { return is<Connected>(); }
+
+    /// "disconnected", "notPermitted" or "connected(...)" with the product's name.
+    std::string description() const;
+
+    bool operator==(const HIDPPConnectionState&) const = default;
+};
+
+}  // namespace tessara

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+#include <type_traits>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "HIDPlusPlus/HIDPPConnectionState.h"
+#include "HIDPlusPlus/HIDPPDeviceIdentity.h"
+
+namespace tessara {
+
+/// What a `HIDPPDevice` tells its listeners. A mouse that is plugged in is announced by
+/// `StateChanged`, `DeviceReady`, `DeviceAttached`, in this order; one that goes by
+/// `DeviceRemoved`, `StateChanged`.
+struct HIDPPEvent {
+    /// A plug-in, and not a call, led to the connection that now stands.
+    struct DeviceAttached {
+        HIDPPDeviceIdentity identity;
+        bool operator==(const DeviceAttached&) const = default;
+    };
+    /// The connection stands and the feature table is known.
+    struct DeviceReady {
+        HIDPPDeviceIdentity identity;
+        bool operator==(const DeviceReady&) const = default;
+    };
+    struct StateChanged {
+        HIDPPConnectionState state;
+        bool operator==(const StateChanged&) const = default;
+    };
+    /// The mouse spoke of its own accord.
+    struct Notification {
+        std::uint8_t featureIndex = 0;
+        std::uint8_t functionByte = 0;
+        std::vector<std::uint8_t> payload;
+        bool operator==(const Notification&) const = default;
+    };
+    struct DeviceRemoved {
+        bool operator==(const DeviceRemoved&) const = default;
+    };
+
+    using Case =
+        std::variant<DeviceAttached, DeviceReady, StateChanged, Notification, DeviceRemoved>;
+
+    Case value;
+
+    /// Implicit, so that a case can be given where an event is wanted.
+    template <typename T>
+        requires std::is_constructible_v<Case, std::in_place_type_t<T>, T>
+    HIDPPEvent(T event) : value(std::in_place_type<T>, std::move(event)) {}
+
+    template <typename T>
+    bool is() const {
+        return std::holds_alternative<T>(value);
+    }
+
+    bool operator==(const HIDPPEvent&) const = default;
+};
+
+}  // namespace tessara

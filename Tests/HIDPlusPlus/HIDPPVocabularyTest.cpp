@@ -1,0 +1,169 @@
+#include <set>
+#include <unordered_set>
+
+#include <gtest/gtest.h>
+
+#include "HIDPlusPlus/HIDPPConnectionState.h"
+#include "HIDPlusPlus/HIDPPDeviceIdentity.h"
+#include "HIDPlusPlus/HIDPPDeviceMatch.h"
+#include "HIDPlusPlus/HIDPPError.h"
+#include "HIDPlusPlus/HIDPPFeature.h"
+#include "HIDPlusPlus/HIDPPInputMonitoringAccess.h"
+#include "HIDPlusPlus/HIDPPProtocolVersion.h"
+#include "HIDPlusPlus/HIDPPTransportStatistics.h"
+#include "HIDPlusPlus/HIDPPTransports.h"
+
+namespace tessara {
+namespace {
+
+TEST(HIDPPFeature, every_feature_is_listed_once_found_by_its_identifier_and_named) {
+    std::set<std::uint16_t> ids;
+    std::set<std::string_view> names;
+    for (const auto feature : allHIDPPFeatures()) {
+        ids.insert(featureID(feature));
+        names.insert(name(feature));
+        EXPECT_EQ(hidppFeature(featureID(feature)), feature);
+    }
+    EXPECT_EQ(ids.size(), 28U);
+    EXPECT_EQ(names.size(), 28U);
+    EXPECT_FALSE(names.contains("unknown"));
+    EXPECT_EQ(hidppFeature(0x2200), std::nullopt);
+    EXPECT_EQ(description(HIDPPFeature::configurableProperties),
+              "0x1806 ConfigurableDeviceProperties");
+}
+
+TEST(HIDPPFeatureType, describes_the_named_bits_in_order) {
+    EXPECT_EQ(HIDPPFeatureType{0x00}.description(), "-");
+    EXPECT_EQ(HIDPPFeatureType{0x07}.description(), "-");
+    EXPECT_EQ(HIDPPFeatureType{0x60}.description(), "hidden,engineering");
+    EXPECT_EQ(HIDPPFeatureType{0xFF}.description(),
+              "obsolete,hidden,engineering,manufDeactivatable,compliDeactivatable");
+}
+
+TEST(HIDPPFeatureRecord, describes_itself_with_or_without_a_known_feature) {
+    const HIDPPFeatureRecord known{0x0B, 0x2201, HIDPPFeature::adjustableDPI, {0}, 2};
+    EXPECT_EQ(known.description(), "idx 0x0B -> 0x2201 AdjustableDPI v2 [-]");
+    const HIDPPFeatureRecord unknown{0x10, 0x18B1, std::nullopt, {0x40}, 0};
+    EXPECT_EQ(unknown.description(), "idx 0x10 -> 0x18B1 unknown v0 [hidden]");
+}
+
+TEST(HIDPPError, says_what_happened_in_the_words_the_user_reads) {
+    const struct {
+        HIDPPError error;
+        const char* text;
+    } cases[] = {
+        {HIDPPError::IOKit{"IOHIDDeviceOpen", IOReturn::exclusiveAccess},
+         "IOHIDDeviceOpen failed: 0xE00002C5 (kIOReturnExclusiveAccess)"},
+        {HIDPPError::Timeout{"feature 0x0B fn 0x03"}, "feature 0x0B fn 0x03 timed out"},
+        {HIDPPError::FeatureUnsupported{HIDPPFeature::reportRate},
+         "feature 0x8060 ReportRate is not supported by this device"},
+        {HIDPPError::Protocol20{HIDPP20ErrorCode::noError}, "HID++ 2.0 error 0x00 (noError)"},
+        {HIDPPError::Protocol20{HIDPP20ErrorCode::invalidDeviceIndex},
+         "HID++ 2.0 error 0x0A (invalidDeviceIndex)"},
+        {HIDPPError::Protocol20{{11}}, "HID++ 2.0 error 0x0B (vendor/unassigned)"},
+        {HIDPPError::Protocol10{0x09}, "HID++ 1.0 error 0x09"},
+        {HIDPPError::MalformedResponse{"ping reply too short"},
+         "malformed response: ping reply too short"},
+        {HIDPPError::InvalidArgument{"DPI 0 cannot be encoded"},
+         "invalid argument: DPI 0 cannot be encoded"},
+        {HIDPPError::DeviceNotFound{}, "no HID++ collection found for the requested device"},
+        {HIDPPError::NotPermitted{}, "not permitted: Input Monitoring is denied for this process"},
+        {HIDPPError::NotOpen{}, "device is not open"},
+        {HIDPPError::NotConnected{}, "not connected"},
+        {HIDPPError::DeviceRemoved{}, "device was removed"},
+    };
+    for (const auto& [error, text] : cases)
+        EXPECT_EQ(error.description(), text);
+}
+
+TEST(HIDPPError, a_refusal_and_an_absence_are_one_error_each_whatever_the_platform_calls_them) {
+    const struct {
+        IOReturn code;
+        HIDPPError error;
+    } cases[] = {
+        {IOReturn::notPermitted, HIDPPError::NotPermitted{}},
+        {IOReturn::notPrivileged, HIDPPError::NotPermitted{}},
+        {IOReturn::notOpen, HIDPPError::NotOpen{}},
+        {IOReturn::noDevice, HIDPPError::DeviceRemoved{}},
+        {IOReturn::notAttached, HIDPPError::DeviceRemoved{}},
+        {IOReturn::offline, HIDPPError::DeviceRemoved{}},
+        {IOReturn::busy, HIDPPError::IOKit{"IOHIDDeviceSetReport", IOReturn::busy}},
+        {static_cast<IOReturn>(7),
+         HIDPPError::IOKit{"IOHIDDeviceSetReport", static_cast<IOReturn>(7)}},
+    };
+    for (const auto& [code, error] : cases) {
+        EXPECT_EQ(HIDPPError::from(code, "IOHIDDeviceSetReport"), error)
+            << ioReturnDescription(code);
+    }
+}
+
+TEST(HIDPPError, platform_codes_without_a_name_are_shown_as_unknown) {
+    EXPECT_EQ(ioReturnDescription(IOReturn::success), "0x00000000 (kIOReturnSuccess)");
+    EXPECT_EQ(ioReturnDescription(IOReturn::timeout), "0xE00002D6 (kIOReturnTimeout)");
+    EXPECT_EQ(ioReturnDescription(IOReturn::offline), "0xE00002D7 (unknown)");
+    EXPECT_EQ(ioReturnDescription(static_cast<IOReturn>(42)), "0x0000002A (unknown)");
+}
+
+TEST(HIDPPDeviceIdentity, only_a_vendor_collection_that_takes_long_reports_carries_the_protocol) {
+    const struct {
+        std::vector<HIDUsagePair> pairs;
+        std::int64_t maxOutputReportSize;
+        bool carries;
+    } cases[] = {
+        {{{1, 6}, {0xFF00, 2}}, 20, true}, {{{0xFF00, 1}}, 64, true}, {{{0xFF00, 2}}, 19, false},
+        {{{1, 2}, {1, 6}}, 20, false},     {{}, 20, false},
+    };
+    for (const auto& [pairs, size, carries] : cases) {
+        const HIDPPDeviceIdentity identity{.maxOutputReportSize = size, .usagePairs = pairs};
+        EXPECT_EQ(identity.carriesHIDPP(), carries) << identity.description();
+    }
+}
+
+TEST(HIDPPDeviceIdentity, what_the_platform_leaves_out_is_absent_or_0) {
+    EXPECT_EQ(HIDPPDeviceIdentity::from({}), HIDPPDeviceIdentity{});
+
+    const auto identity = HIDPPDeviceIdentity::from({.vendorID = 0x046D,
+                                                     .productID = 0xC099,
+                                                     .product = "Gaming Mouse",
+                                                     .primaryUsagePage = 0xFF00,
+                                                     .primaryUsage = 1,
+                                                     .maxInputReportSize = 20,
+                                                     .maxOutputReportSize = 20,
+                                                     .usagePairs = {{0xFF00, 1}, {0xFF00, 2}}});
+    EXPECT_EQ(identity.description(),
+              "046D:C099 Gaming Mouse usage=FF00:01 maxIn=20 maxOut=20 pairs=[FF00:01,FF00:02]");
+}
+
+TEST(HIDPPDeviceMatch, is_a_key_and_shows_both_ids) {
+    const std::unordered_set<HIDPPDeviceMatch> matches{HIDPPDeviceMatch::g502X, {0x046D, 0xC099}};
+    EXPECT_EQ(matches.size(), 1U);
+    EXPECT_FALSE(matches.contains({0xC099, 0x046D}));
+    EXPECT_EQ(HIDPPDeviceMatch::g502X.description(), "046D:C099");
+}
+
+TEST(HIDPPConnectionState, is_connected_only_with_an_identity) {
+    const HIDPPConnectionState named = HIDPPConnectionState::Connected{{.product = "Mouse"}};
+    const HIDPPConnectionState unnamed = HIDPPConnectionState::Connected{};
+    EXPECT_EQ(HIDPPConnectionState().description(), "disconnected");
+    EXPECT_EQ(HIDPPConnectionState(HIDPPConnectionState::NotPermitted{}).description(),
+              "notPermitted");
+    EXPECT_EQ(named.description(), "connected(Mouse)");
+    EXPECT_EQ(unnamed.description(), "connected(?)");
+    EXPECT_TRUE(unnamed.isConnected());
+    EXPECT_FALSE(HIDPPConnectionState(HIDPPConnectionState::NotPermitted{}).isConnected());
+    EXPECT_NE(named, unnamed);
+}
+
+TEST(HIDPPVocabulary, small_values_describe_themselves) {
+    EXPECT_EQ(HIDPPTransports{0x0009}.description(), "Bluetooth,USB");
+    EXPECT_EQ(HIDPPTransports{0x000F}.description(), "Bluetooth,BLE,eQuad,USB");
+    EXPECT_EQ(HIDPPTransports{0xFF00}.description(), "-");
+    EXPECT_EQ((HIDPPProtocolVersion{4, 2}.description()), "HID++ 4.2");
+    EXPECT_LT((HIDPPProtocolVersion{2, 9}), (HIDPPProtocolVersion{4, 0}));
+    EXPECT_EQ(description(HIDPPInputMonitoringAccess::unknown), "unknown (never requested)");
+    EXPECT_EQ((HIDPPTransportStatistics{1, 2, 3, 4, 5, 6}.description()),
+              "sent=1 matched=2 staleDropped=3 unmatchedDropped=4 events=5 peakQueue=6");
+}
+
+}  // namespace
+}  // namespace tessara
