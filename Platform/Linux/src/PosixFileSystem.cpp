@@ -1,0 +1,221 @@
+#include "Platform/Linux/PosixFileSystem.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <memory>
+#include <system_error>
+
+#include <fcntl.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace tessara {
+namespace {
+
+FileError::Kind kindOf(int number) {
+    switch (number) {
+        case ENOENT:
+        case ENOTDIR:
+            return FileError::Kind::notFound;
+        case EACCES:
+        case EPERM:
+        case EROFS:
+            return FileError::Kind::notPermitted;
+        case EISDIR:
+            return FileError::Kind::isFolder;
+        case EEXIST:
+            return FileError::Kind::alreadyExists;
+        case ENOSPC:
+        case EDQUOT:
+            return FileError::Kind::noSpace;
+        case EFBIG:
+            return FileError::Kind::tooLarge;
+        default:
+            return FileError::Kind::other;
+    }
+}
+
+/// `action` reads as in "could not be opened".
+FileError failure(const std::string& path, const char* action, int number) {
+    return {kindOf(number), "“" + path + "” could not be " + action + ": " +
+                                std::system_category().message(number) + "."};
+}
+
+std::unexpected<FileError> failed(const std::string& path, const char* action, int number) {
+    return std::unexpected(failure(path, action, number));
+}
+
+class Descriptor {
+  public:
+    explicit Descriptor(int number) : number_(number) {}
+    ~Descriptor() {
+        if (number_ >= 0) ::close(number_);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    [[nodiscard]] int get() const { return number_; }
+    explicit operator bool() const { return number_ >= 0; }
+
+  private:
+    int number_;
+};
+
+/// A file that is removed again unless it was renamed to its place.
+class TemporaryFile {
+  public:
+    explicit TemporaryFile(std::string path) : path_(std::move(path)) {}
+    ~TemporaryFile() {
+        if (!path_.empty()) ::unlink(path_.c_str());
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    [[nodiscard]] const std::string& path() const { return path_; }
+    void keep() { path_.clear(); }
+
+  private:
+    std::string path_;
+};
+
+int retryInterrupted(auto call) {
+    for (;;) {
+        const int result = call();
+        if (result != -1 || errno != EINTR) return result;
+    }
+}
+
+/// 0, or the number of the error.
+int writeAll(int descriptor, std::string_view contents) {
+    while (!contents.empty()) {
+        const ssize_t written = ::write(descriptor, contents.data(), contents.size());
+        if (written < 0) {
+            if (errno == EINTR) continue;
+            return errno;
+        }
+        contents.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return 0;
+}
+
+/// Makes a rename or a removal in the folder last. A file system that cannot sync folders answers
+/// EINVAL, and has no more to give.
+int syncFolder(const std::string& folder) {
+    const Descriptor descriptor(retryInterrupted(
+        [&] { return ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+    if (!descriptor) return errno;
+    if (retryInterrupted([&] { return ::fsync(descriptor.get()); }) != 0 && errno != EINVAL) {
+        return errno;
+    }
+    return 0;
+}
+
+/// Where the bytes of a path really are, links followed; the path itself when nothing is there yet.
+std::string resolved(const std::string& path) {
+    const std::unique_ptr<char, decltype(&::free)> real(::realpath(path.c_str(), nullptr), &::free);
+    return real ? std::string(real.get()) : path;
+}
+
+}  // namespace
+
+std::expected<bool, FileError> PosixFileSystem::exists(const std::string& path) const {
+    struct stat info{};
+    if (::lstat(path.c_str(), &info) == 0) return true;
+    if (errno == ENOENT || errno == ENOTDIR) return false;
+    return failed(path, "looked up", errno);
+}
+
+std::expected<std::string, FileError> PosixFileSystem::read(const std::string& path,
+                                                            std::size_t maximumSize) const {
+    // Without O_NONBLOCK a pipe in the file's place would hold up the program for good.
+    const Descriptor descriptor(retryInterrupted(
+        [&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); }));
+    if (!descriptor) return failed(path, "opened", errno);
+
+    struct stat info{};
+    if (::fstat(descriptor.get(), &info) != 0) return failed(path, "opened", errno);
+    if (S_ISDIR(info.st_mode)) return failed(path, "opened", EISDIR);
+    if (!S_ISREG(info.st_mode)) return failed(path, "opened", EINVAL);
+    if (info.st_size > 0 && static_cast<std::size_t>(info.st_size) > maximumSize) {
+        return failed(path, "read", EFBIG);
+    }
+
+    std::string contents;
+    std::size_t length = 0;
+    for (;;) {
+        constexpr std::size_t step = 64 * 1024;
+        contents.resize(length + step);
+        const ssize_t count = ::read(descriptor.get(), contents.data() + length, step);
+        if (count < 0) {
+            if (errno == EINTR) continue;
+            return failed(path, "read", errno);
+        }
+        length += static_cast<std::size_t>(count);
+        if (length > maximumSize) return failed(path, "read", EFBIG);
+        if (count == 0) break;
+    }
+    contents.resize(length);
+    return contents;
+}
+
+std::expected<void, FileError> PosixFileSystem::replaceAtomically(const std::string& path,
+                                                                  std::string_view contents) {
+    const std::string target = resolved(path);
+    std::string pattern = target + ".XXXXXX";
+    const Descriptor descriptor(::mkostemp(pattern.data(), O_CLOEXEC));
+    if (!descriptor) return failed(path, "written", errno);
+    TemporaryFile temporary(pattern);
+
+    struct stat info{};
+    if (::stat(target.c_str(), &info) == 0) {
+        if (S_ISDIR(info.st_mode)) return failed(path, "written", EISDIR);
+        if (::fchmod(descriptor.get(), info.st_mode & 07777) != 0) {
+            return failed(path, "written", errno);
+        }
+    }
+    if (const int number = writeAll(descriptor.get(), contents)) {
+        return failed(path, "written", number);
+    }
+    if (retryInterrupted([&] { return ::fsync(descriptor.get()); }) != 0) {
+        return failed(path, "written", errno);
+    }
+    if (::rename(temporary.path().c_str(), target.c_str()) != 0) {
+        return failed(path, "written", errno);
+    }
+    temporary.keep();
+    if (const int number = syncFolder(folderOf(target))) return failed(path, "written", number);
+    return {};
+}
+
+std::expected<void, FileError> PosixFileSystem::rename(const std::string& from,
+                                                       const std::string& to) {
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) != 0) {
+        // File systems without that flag say EINVAL; a hard link refuses a taken name as well.
+        if (errno != EINVAL) return failed(from, "moved", errno);
+        if (::link(from.c_str(), to.c_str()) != 0) return failed(from, "moved", errno);
+        if (::unlink(from.c_str()) != 0) return failed(from, "moved", errno);
+    }
+    if (const int number = syncFolder(folderOf(to))) return failed(from, "moved", number);
+    return {};
+}
+
+std::expected<void, FileError> PosixFileSystem::remove(const std::string& path) {
+    if (::unlink(path.c_str()) != 0) return failed(path, "removed", errno);
+    if (const int number = syncFolder(folderOf(path))) return failed(path, "removed", number);
+    return {};
+}
+
+std::expected<void, FileError> PosixFileSystem::createFolders(const std::string& path) {
+    std::error_code error;
+    if (std::filesystem::is_directory(path, error)) return {};
+    if (const std::string parent = folderOf(path); parent != path && parent != ".") {
+        if (auto made = createFolders(parent); !made) return made;
+    }
+    if (::mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) return failed(path, "created", errno);
+    if (!std::filesystem::is_directory(path, error)) return failed(path, "created", ENOTDIR);
+    if (const int number = syncFolder(folderOf(path))) return failed(path, "created", number);
+    return {};
+}
+
+}  // namespace tessara

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <variant>
+
+namespace tessara {
+
+/// What a user default can hold.
+using DefaultsValue = std::variant<bool, std::int64_t, double, std::string>;
+
+/// The user's machine-local settings: a typed key-value store that knows an absent key from a false
+/// one. A write is stored before the call returns, as far as the system allows; one that cannot be
+/// stored still holds for the rest of the run. Main executor only.
+class UserDefaults {
+  public:
+    virtual ~UserDefaults() = default;
+
+    /// The value under the key, of whatever type was stored; nothing when the key is absent.
+    [[nodiscard]] virtual std::optional<DefaultsValue> object(const std::string& key) const = 0;
+
+    virtual void set(const std::string& key, const DefaultsValue& value) = 0;
+
+    virtual void remove(const std::string& key) = 0;
+
+    /// The value if it is a boolean; nothing for an absent key or another type.
+    [[nodiscard]] std::optional<bool> boolean(const std::string& key) const {
+        const auto value = object(key);
+        const bool* stored = value ? std::get_if<bool>(&*value) : nullptr;
+        return stored ? std::optional(*stored) : std::nullopt;
+    }
+
+    /// The value if it is an integer; nothing for an absent key or another type.
+    [[nodiscard]] std::optional<std::int64_t> integer(const std::string& key) const {
+        const auto value = object(key);
+        const std::int64_t* stored = value ? std::get_if<std::int64_t>(&*value) : nullptr;
+        return stored ? std::optional(*stored) : std::nullopt;
+    }
+};
+
+}  // namespace tessara
