@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "TessaraCore/ButtonIntent.h"
+
+namespace tessara {
+
+class Dispatcher;
+class EventPosting;
+class MacroSideEffects;
+
+/// Carries out what the button router asks for: posts keys and buttons, waits out delays, runs
+/// repeats, and hands changes of resolution, applications and shortcuts to the outside. What a
+/// button means is not decided here.
+///
+/// All of it happens on a queue of its own, "ai.tessara.macro"; a delay leaves the queue free. A
+/// reset may come at any time, in the middle of a macro too, and leaves no key and no button down:
+/// work belongs to the epoch in which it was asked for and stops when the epoch has passed, and
+/// what the executor pressed it releases.
+///
+/// Reset and drain it before it is destroyed. Work that is then still scheduled does nothing.
+///
+/// All operations may be called from any thread, and none waits for the sink except `drain`.
+class MacroExecutor {
+  public:
+    /// What happened since the start or the last `resetMetrics`.
+    struct Metrics {
+        std::int64_t intentsExecuted = 0;     ///< intents carried out, delays not counted
+        std::int64_t keysPosted = 0;          ///< key intents carried out
+        std::int64_t mouseButtonsPosted = 0;  ///< button intents carried out
+        std::int64_t repeatsStarted = 0;      ///< repeats that began
+        std::int64_t repeatsStopped = 0;      ///< repeats ended, by an intent or by a reset
+        std::int64_t repeatIterations = 0;    ///< times that a repeat played its step
+        std::int64_t dpiRequests = 0;         ///< resolutions asked for
+        std::int64_t resets = 0;
+        std::int64_t intentsAbandoned = 0;   ///< intents dropped because their epoch had passed
+        std::int64_t keysForceReleased = 0;  ///< keys that a reset itself released
+        std::int64_t mouseButtonsForceReleased = 0;  ///< buttons that a reset itself released
+
+        bool operator==(const Metrics&) const = default;
+    };
+
+    /// `dispatcher` makes the queue and is not used afterwards.
+    MacroExecutor(std::shared_ptr<EventPosting> poster,
+                  std::shared_ptr<MacroSideEffects> sideEffects, Dispatcher& dispatcher);
+    ~MacroExecutor();
+
+    MacroExecutor(const MacroExecutor&) = delete;
+    MacroExecutor& operator=(const MacroExecutor&) = delete;
+
+    /// Plays a list of intents in order, behind what is being played. Delays wait before what
+    /// follows them; other lists go on meanwhile. A delay that does not fit the clock stops the
+    /// process.
+    void execute(std::vector<ButtonIntent> intents);
+
+    /// Ends all that is being played, releases what is held, then plays `thenExecuting`. Keys and
+    /// buttons that this list itself releases are left to it. The releases go out newest first.
+    void reset(std::vector<ButtonIntent> thenExecuting);
+
+    /// Ends all repeats. What is held stays held and lists go on.
+    void stopAllRepeats();
+
+    /// Waits until all that is due on the queue has run. Not to be called from the sink or a side
+    /// effect.
+    void drain();
+
+    [[nodiscard]] Metrics snapshotMetrics() const;
+    void resetMetrics();
+
+    [[nodiscard]] std::int64_t activeRepeatCount() const;
+    /// Keys and buttons that the executor has pressed and not yet released.
+    [[nodiscard]] std::int64_t heldKeyCount() const;
+    [[nodiscard]] std::int64_t heldMouseButtonCount() const;
+
+  private:
+    struct Core;
+    const std::shared_ptr<Core> core_;  // what scheduled work holds weakly
+};
+
+}  // namespace tessara
