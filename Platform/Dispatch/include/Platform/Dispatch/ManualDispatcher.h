@@ -20,12 +20,15 @@ namespace tessara {
 /// clock had already been moved when it was posted. `drain()` of a queue runs that queue's runnable
 /// blocks on the spot.
 ///
-/// One thread only, but for posting: `post` and `postAt` may be called from other threads, and what
-/// they post runs when the owner next runs something.
+/// One thread only, the one that makes it: whatever runs blocks stops the process when it is called
+/// elsewhere, or, `drain()` of another queue excepted, from within a block. Posting, and starting
+/// and cancelling timers, is possible from every thread; what is posted so runs when the owner next
+/// runs something.
 ///
-/// When it is destroyed with blocks still queued that nobody discarded, it calls the leftover
-/// handler with a sentence that names the queues. Without a handler it stops the process. Live
-/// timers are not counted as leftovers: their owners cancel them.
+/// When it is destroyed and blocks have never run, whether they are still queued or went with their
+/// queue, and nobody said `discard()`, it calls the leftover handler with a sentence that names the
+/// queues. Without a handler it stops the process. Live timers are not counted as leftovers: their
+/// owners cancel them. A queue that outlives the dispatcher takes nothing on any more.
 class ManualDispatcher final : public Dispatcher {
   public:
     using LeftoverHandler = std::function<void(const std::string&)>;
@@ -45,7 +48,8 @@ class ManualDispatcher final : public Dispatcher {
     std::size_t runReady();
 
     /// Moves the clock on by `duration`, stopping at each deadline on the way to run what is due
-    /// there; work due exactly at the end still runs. Returns how many blocks ran.
+    /// there; work due exactly at the end still runs. Returns how many blocks ran, firings of
+    /// timers included.
     std::size_t advance(std::chrono::nanoseconds duration);
 
     /// As `advance`, to a moment that is not before now.
@@ -62,14 +66,17 @@ class ManualDispatcher final : public Dispatcher {
     /// The earliest deadline of all queued blocks and live timers.
     [[nodiscard]] std::optional<TimePoint> nextDeadline() const;
 
-    /// Destroys everything that is queued, unrun: says that a test means to end here.
+    /// Destroys all queued blocks, unrun: says that a test means to end here. Timers stay as they
+    /// are.
     void discard();
 
   private:
     class Core;
     class Queue;
     class Timer;
-    std::shared_ptr<Core> core_;
+
+    const std::shared_ptr<Core> core_;
+    const LeftoverHandler onLeftover_;
 };
 
 }  // namespace tessara

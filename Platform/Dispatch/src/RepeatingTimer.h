@@ -1,0 +1,39 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+#include "Platform/Dispatch/Clock.h"
+#include "Platform/Dispatch/Mutex.h"
+
+namespace tessara {
+
+/// The schedule and the handler of one timer, shared between its handle and the agenda it is on.
+class RepeatingTimer final {
+  public:
+    using Handler = std::move_only_function<void()>;
+
+    RepeatingTimer(std::chrono::nanoseconds interval, std::chrono::nanoseconds leeway,
+                   Handler handler);
+
+    /// The first multiple of the interval, counted from `deadline`, that lies after `now`. `now` is
+    /// not before `deadline`.
+    [[nodiscard]] TimePoint deadlineAfter(TimePoint deadline, TimePoint now) const noexcept;
+
+    [[nodiscard]] std::chrono::nanoseconds leeway() const noexcept { return leeway_; }
+
+    /// Runs the handler, unless it was released.
+    void fire();
+
+    /// Lets go of the handler: at once, or at the end of the firing that is running.
+    void release() noexcept;
+
+  private:
+    const std::chrono::nanoseconds interval_;
+    const std::chrono::nanoseconds leeway_;
+    Mutex mutex_;
+    std::shared_ptr<Handler> handler_ TESSARA_GUARDED_BY(mutex_);
+};
+
+}  // namespace tessara
