@@ -1,0 +1,42 @@
+#pragma once
+
+#include <memory>
+
+#include "Platform/Dispatch/DispatchQueue.h"
+
+namespace tessara {
+
+class HIDTransport;
+
+/// The one context on which every link of a process does its work, and the platform it works with.
+/// Made once, in `main` or in a test, and shared by all devices.
+///
+/// Nothing blocks here: a write, which may take as long as the device pleases, goes to the send
+/// queue of its link, so that a stuck write never delays the report that answers it.
+class HIDPPRunLoop {
+  public:
+    /// `dispatcher` and `transport` outlive the run loop and everything that was made with it.
+    HIDPPRunLoop(Dispatcher& dispatcher, HIDTransport& transport);
+
+    /// Runs `block` on the link queue, behind what was given to it before. Any thread.
+    void perform(DispatchQueue::Block block) const { queue_->post(std::move(block)); }
+
+    /// The link queue itself. Any thread.
+    const std::shared_ptr<DispatchQueue>& queue() const { return queue_; }
+
+    /// A queue of its own for the writes of one link. Any thread.
+    std::shared_ptr<DispatchQueue> makeSendQueue() const;
+
+    /// A queue of its own for the state of one device. Any thread.
+    std::shared_ptr<DispatchQueue> makeDeviceQueue() const;
+
+    HIDTransport& transport() const { return transport_; }
+
+  private:
+    // All constant after construction.
+    Dispatcher& dispatcher_;
+    HIDTransport& transport_;
+    const std::shared_ptr<DispatchQueue> queue_;
+};
+
+}  // namespace tessara
