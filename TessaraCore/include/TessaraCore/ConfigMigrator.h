@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <expected>
+#include <string>
+#include <string_view>
+
+#include "TessaraCore/ConfigError.h"
+
+/// Brings documents of earlier formats to the current one.
+///
+/// It looks at nothing but the version, and not through the eyes of the typed decoder, so that a
+/// document of a later version is recognised as one whatever else it holds. A number with a
+/// fraction is cut off, one too large is taken for the greatest, and a boolean counts as 0 or 1:
+/// the decoding that follows refuses all three.
+namespace tessara::ConfigMigrator {
+
+/// The document in the current format. One that is in it already is returned byte for byte.
+[[nodiscard]] std::expected<std::string, ConfigError> migrate(std::string_view rawJSON);
+
+}  // namespace tessara::ConfigMigrator

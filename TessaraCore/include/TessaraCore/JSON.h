@@ -1,0 +1,32 @@
+#pragma once
+
+#include <expected>
+#include <string>
+#include <string_view>
+
+#include "TessaraCore/JSONError.h"
+
+/// The stored form of the values of this library: JSON, decoded strictly.
+///
+/// What a document says is what the value holds: nothing is converted, limited or filled in. Every
+/// key is required but those of optional fields, which may be absent or null; a boolean is no
+/// number; an integer has no fraction (3.0 is one, 3.5 is not) and fits its type; a tagged union
+/// holds exactly one of its known keys; a known key that appears twice is an error. Unknown keys
+/// are passed over. The first error found is returned, with the way to it.
+///
+/// `T` is any of the stored types of this library, from `ModifierFlags` to `Config`, or a type of
+/// yours: see JSONCoding.h.
+namespace tessara {
+
+/// The value that `json`, UTF-8, stands for. A hostile text costs no more than time in proportion
+/// to its length: nesting beyond 512 levels is a syntax error.
+template <typename T>
+[[nodiscard]] std::expected<T, JSONError> decodeJSON(std::string_view json);
+
+/// The stored form of `value`: UTF-8, indented by two spaces, keys sorted at every level. Equal
+/// values give equal bytes, and decoding gives back an equal value, to the last bit of a number.
+/// The only errors are a number that is not finite and a text that is not UTF-8.
+template <typename T>
+[[nodiscard]] std::expected<std::string, EncodingError> encodeJSON(const T& value);
+
+}  // namespace tessara

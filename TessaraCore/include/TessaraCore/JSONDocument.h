@@ -1,0 +1,152 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <expected>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "TessaraCore/JSONError.h"
+
+namespace tessara {
+
+class JSONValue;
+
+/// A parsed JSON text, read-only.
+///
+/// It keeps what a strict decoder must see and a map of keys would hide: the order of members, and
+/// keys that appear twice. All of it lies in two blocks of memory, so that reading a large document
+/// costs little beyond the parsing. It is for decoding only; to write, see JSONWriter.
+class JSONDocument {
+  public:
+    /// Deeper nesting is refused.
+    static constexpr std::size_t maximumDepth = 512;
+
+    /// Parses UTF-8 text, all of it. Invalid UTF-8 and numbers beyond the range of a double are
+    /// errors like any other.
+    [[nodiscard]] static std::expected<JSONDocument, JSONSyntaxError> parse(std::string_view text);
+
+    /// The outermost value. Valid as long as the document is neither moved nor destroyed.
+    [[nodiscard]] JSONValue root() const;
+
+  private:
+    friend class JSONValue;
+    friend class JSONDocumentBuilder;
+
+    enum class Kind : std::uint8_t {
+        null,
+        boolean,
+        integer,
+        unsignedInteger,
+        number,
+        string,
+        array,
+        object
+    };
+
+    struct Text {
+        std::size_t offset = 0;
+        std::size_t length = 0;
+    };
+    /// One value. The values inside an array or object follow it directly, up to `end`.
+    struct Node {
+        union {
+            bool boolean;
+            std::int64_t integer;
+            std::uint64_t unsignedInteger;
+            double number;
+            Text string;
+        };
+        Text key;             // of a member of an object
+        std::size_t end = 0;  // the index of the next value that is not inside this one
+        Kind kind = Kind::null;
+
+        Node() : integer(0) {}
+    };
+
+    JSONDocument() = default;
+
+    [[nodiscard]] std::string_view view(Text text) const {
+        return std::string_view(characters_).substr(text.offset, text.length);
+    }
+
+    std::vector<Node> nodes_;
+    std::string characters_;  // of all strings and keys, end to end
+};
+
+/// One value inside a `JSONDocument`; a reference, cheap to copy.
+class JSONValue {
+  public:
+    /// The elements of an array or the members of an object, in the order of the text.
+    class Children;
+
+    // Each reading is empty when the value is something else. A boolean is no number, a number no
+    // boolean.
+
+    [[nodiscard]] std::optional<bool> boolean() const;
+    [[nodiscard]] std::optional<std::string_view> string() const;
+    /// Any number, as the nearest double.
+    [[nodiscard]] std::optional<double> number() const;
+    /// A number without a fraction, written with a point or without, that fits.
+    [[nodiscard]] std::optional<std::int64_t> signedInteger() const;
+    [[nodiscard]] std::optional<std::uint64_t> unsignedInteger() const;
+
+    [[nodiscard]] bool isNull() const { return node().kind == JSONDocument::Kind::null; }
+    [[nodiscard]] bool isArray() const { return node().kind == JSONDocument::Kind::array; }
+    [[nodiscard]] bool isObject() const { return node().kind == JSONDocument::Kind::object; }
+
+    /// The key of a member of an object; empty for any other value.
+    [[nodiscard]] std::string_view key() const { return document_->view(node().key); }
+
+    /// Empty for what is neither an array nor an object.
+    [[nodiscard]] Children children() const;
+    /// The first member with this key.
+    [[nodiscard]] std::optional<JSONValue> member(std::string_view key) const;
+
+    /// What it is, in words for people: "a string", "the number 3.5".
+    [[nodiscard]] std::string description() const;
+
+  private:
+    friend class JSONDocument;
+
+    JSONValue(const JSONDocument* document, std::size_t index)
+        : document_(document), index_(index) {}
+    [[nodiscard]] const JSONDocument::Node& node() const { return document_->nodes_[index_]; }
+
+    const JSONDocument* document_;
+    std::size_t index_;
+};
+
+class JSONValue::Children {
+  public:
+    class Iterator {
+      public:
+        Iterator(const JSONDocument* document, std::size_t index) : value_(document, index) {}
+
+        const JSONValue& operator*() const { return value_; }
+        const JSONValue* operator->() const { return &value_; }
+        Iterator& operator++() {
+            value_.index_ = value_.node().end;
+            return *this;
+        }
+        bool operator==(const Iterator& other) const {
+            return value_.index_ == other.value_.index_;
+        }
+
+      private:
+        JSONValue value_;
+    };
+
+    Children(Iterator begin, Iterator end) : begin_(begin), end_(end) {}
+
+    [[nodiscard]] Iterator begin() const { return begin_; }
+    [[nodiscard]] Iterator end() const { return end_; }
+
+  private:
+    Iterator begin_;
+    Iterator end_;
+};
+
+}  // namespace tessara

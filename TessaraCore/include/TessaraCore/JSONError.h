@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <variant>
+
+namespace tessara {
+
+/// The bytes are not JSON.
+struct JSONSyntaxError {
+    /// Where reading stopped: the line, and the byte in the line, both counted from 1.
+    std::size_t line = 1;
+    std::size_t column = 1;
+    /// What is wrong there, in a sentence of limited length.
+    std::string reason;
+
+    bool operator==(const JSONSyntaxError&) const = default;
+};
+
+/// The bytes are JSON, but not of the shape that is asked for.
+struct DecodingError {
+    /// The way to the value at fault, such as "profiles[0].scroll.easing"; empty for the whole of
+    /// it.
+    std::string path;
+    /// What is wrong there.
+    std::string reason;
+
+    bool operator==(const DecodingError&) const = default;
+};
+
+/// A value has no JSON form.
+struct EncodingError {
+    /// The way to the value at fault.
+    std::string path;
+    /// What is wrong there.
+    std::string reason;
+
+    bool operator==(const EncodingError&) const = default;
+};
+
+/// Why JSON could not be read.
+using JSONError = std::variant<JSONSyntaxError, DecodingError>;
+
+/// The error in one sentence that says what is wrong and where.
+[[nodiscard]] std::string description(const JSONSyntaxError& error);
+[[nodiscard]] std::string description(const DecodingError& error);
+[[nodiscard]] std::string description(const EncodingError& error);
+[[nodiscard]] std::string description(const JSONError& error);
+
+}  // namespace tessara
