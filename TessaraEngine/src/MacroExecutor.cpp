@@ -225,15 +225,16 @@ void MacroExecutor::reset(std::vector<ButtonIntent> thenExecuting) {
     timers.clear();
 
     if (!toRelease.keys().empty() || !toRelease.mouseButtons().empty()) {
-        // Holds the sink itself and asks for no epoch: a release always happens.
-        core_->queue->post([poster = core_->poster, released = std::move(toRelease)] {
-            for (const HeldKey& key : released.keys()) {
-                poster->postKey(key.code, false, key.modifiers);
-            }
-            for (const std::int64_t number : released.mouseButtons()) {
-                poster->postMouseButton(number, false);
-            }
-        });
+        // Holds the sink and the queue themselves and asks for no epoch: a release always happens.
+        core_->queue->post(
+            [poster = core_->poster, queue = core_->queue, released = std::move(toRelease)] {
+                for (const HeldKey& key : released.keys()) {
+                    poster->postKey(key.code, false, key.modifiers);
+                }
+                for (const std::int64_t number : released.mouseButtons()) {
+                    poster->postMouseButton(number, false);
+                }
+            });
     }
     if (!thenExecuting.empty()) core_->enqueue(std::move(thenExecuting), epoch);
 }

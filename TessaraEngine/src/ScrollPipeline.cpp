@@ -197,8 +197,9 @@ void ScrollPipeline::reset() {
         core_->metrics.gesturesForceClosed += static_cast<std::int64_t>(open.size());
     }
     if (open.empty()) return;
-    // Holds the sink itself: the gestures are ended also when the pipeline is gone by then.
-    core_->queue->post([poster = core_->poster, open = std::move(open)] {
+    // Holds the sink and the queue themselves: the gestures are ended also when the pipeline is
+    // gone by then.
+    core_->queue->post([poster = core_->poster, queue = core_->queue, open = std::move(open)] {
         for (const auto& [axis, modifiers] : open) {
             poster->postScrollStep(axis, 0, ScrollPhase::ended, modifiers);
         }
