@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+#include "Platform/EventTaps.h"
+
+namespace tessara {
+
+class SimulatedPermissions;
+class SimulatedTap;
+class SimulatedTapList;
+
+/// The taps of the simulated desktop, in the order in which an event passes them: by location, and
+/// among those of one location as they were placed. All operations may be called from any thread,
+/// but `makeTap`, which must be called on the tap's queue and stops the process elsewhere.
+class SimulatedEventTaps final : public EventTapService {
+  public:
+    explicit SimulatedEventTaps(std::shared_ptr<SimulatedPermissions> permissions);
+    ~SimulatedEventTaps() override;
+
+    /// Makes the next `count` taps fail for no reason of permissions.
+    void refuseTaps(std::int64_t count);
+
+    /// The taps that an event entering at `location` has before it, in order.
+    [[nodiscard]] std::vector<std::shared_ptr<SimulatedTap>> tapsFrom(
+        CGEventTapLocation location) const;
+
+    /// How many taps there are, disabled ones included.
+    [[nodiscard]] std::size_t count() const;
+
+    [[nodiscard]] std::unique_ptr<EventTap> makeTap(const EventTapRequest& request,
+                                                    std::shared_ptr<DispatchQueue> queue,
+                                                    Callback callback) override;
+
+  private:
+    const std::shared_ptr<SimulatedPermissions> permissions_;
+    const std::shared_ptr<SimulatedTapList> list_;
+};
+
+}  // namespace tessara
