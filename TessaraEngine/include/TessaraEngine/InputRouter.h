@@ -1,0 +1,100 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "Platform/CGEvent.h"
+#include "Platform/Dispatch/Mutex.h"
+#include "TessaraCore/DeviceID.h"
+#include "TessaraEngine/ButtonPipeline.h"
+#include "TessaraEngine/MonotonicClock.h"
+#include "TessaraEngine/PointerCursorMoving.h"
+#include "TessaraEngine/ScrollPipeline.h"
+#include "TessaraEngine/TapVerdict.h"
+
+namespace tessara {
+
+class Clock;
+class DeviceScope;
+class PointerPipeline;
+
+/// Stands between the system's event stream and the pipelines: decides for every event of the tap
+/// whether it is the program's own, whether it came from the mouse that the program is for, and
+/// which pipeline takes it.
+///
+/// It knows nothing of scrolling, buttons or acceleration; it reads the event's fields and hands
+/// them over. Whatever it cannot place passes unchanged, so that no failure of a lookup ever stands
+/// in the way of the user's input.
+class InputRouter {
+  public:
+    /// What happened since the start or the last `resetMetrics`.
+    struct Metrics {
+        std::int64_t selfEmittedSeen = 0;  ///< events carrying the tag; in no other counter
+        std::int64_t fromTargetDevice = 0;
+        std::int64_t fromForeignDevice = 0;
+        std::int64_t unidentified = 0;
+        std::int64_t scrollHandled = 0;           ///< wheel events given to the scroll pipeline
+        std::int64_t buttonsHandled = 0;          ///< button events given to the button pipeline
+        std::int64_t pointerHandled = 0;          ///< motion events rewritten
+        std::int64_t pointerSkippedDisabled = 0;  ///< motion of the mouse with its curve off
+        std::int64_t passedThrough = 0;           ///< passed as they came, own output excepted
+        std::int64_t suppressed = 0;              ///< own output excepted
+        /// The largest distance of a wheel event's time from the clock's, in milliseconds.
+        double maxClockSkewMillis = 0;
+
+        bool operator==(const Metrics&) const = default;
+    };
+
+    /// The references must outlive the router. Without a `pointerCursor` motion is read as the
+    /// system accelerated it, and moved by rewriting the event alone.
+    InputRouter(DeviceScope& scope, ScrollPipeline& scroll, ButtonPipeline& buttons,
+                PointerPipeline& pointer, std::unique_ptr<PointerCursorMoving> pointerCursor,
+                const Clock& clock);
+
+    InputRouter(const InputRouter&) = delete;
+    InputRouter& operator=(const InputRouter&) = delete;
+
+    /// Whether own output is kept from the applications when it comes back. Set it before the tap
+    /// starts; false at first.
+    void setSwallowsOwnOutput(bool swallows) noexcept { swallowsOwnOutput_ = swallows; }
+
+    /// Decides what becomes of the event. A motion event may be rewritten in place. Tap thread; a
+    /// motion event, a foreign one and own output cost no allocation.
+    [[nodiscard]] TapVerdict route(CGEventType type, CGEvent& event);
+
+    /// Counts a pipeline's answer and turns it into the tap's. Tap thread.
+    [[nodiscard]] TapVerdict verdict(ScrollDisposition disposition);
+    [[nodiscard]] TapVerdict verdict(ButtonDisposition disposition);
+
+    /// Ends everything under way: held buttons and keys, glides, fractions of motion, in that
+    /// order. Main executor or tap thread.
+    void resetAll();
+
+    /// Any thread.
+    [[nodiscard]] Metrics snapshotMetrics() const;
+    void resetMetrics();
+
+  private:
+    TapVerdict routeButton(const CGEvent& event);
+    TapVerdict routeMotion(CGEvent& event, DeviceID deviceID);
+    TapVerdict routeWheel(const CGEvent& event, DeviceID deviceID);
+
+    /// Adds 1 to each of the counters, in one hold of the lock.
+    template <typename... Counter>
+    void count(Counter... counters);
+
+    // Constant after construction; each takes care of its own state.
+    DeviceScope& scope_;
+    ScrollPipeline& scroll_;
+    ButtonPipeline& buttons_;
+    PointerPipeline& pointer_;
+    const std::unique_ptr<PointerCursorMoving> pointerCursor_;
+    const MonotonicClock clock_;
+
+    bool swallowsOwnOutput_ = false;  // constant once the tap has started
+
+    mutable Mutex mutex_;
+    Metrics metrics_ TESSARA_GUARDED_BY(mutex_);
+};
+
+}  // namespace tessara
