@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 
@@ -99,6 +100,7 @@ class CGEvent {
     void setIntegerValue(CGEventField field, std::int64_t value);
     void setDoubleValue(CGEventField field, double value);
 
+    /// Fields are the same when their bits are: a not-a-number equals itself, and 0 is not -0.
     bool operator==(const CGEvent&) const = default;
 
     /// Every field, in rising order of number: what a platform or a printer walks.
@@ -123,17 +125,61 @@ class CGEvent {
     };
 
   private:
-    struct Slot {
-        bool isDouble = false;
-        std::int64_t integer = 0;
-        double real = 0;
-        bool operator==(const Slot&) const = default;
-    };
+    static constexpr std::size_t fieldNumberLimit = 172;
+    static constexpr std::uint8_t noSlot = 0xFF;
+    static const std::array<std::uint8_t, fieldNumberLimit> slotOfField;
 
-    static std::size_t slotIndex(CGEventField field);
+    static constexpr std::size_t slotIndex(CGEventField field);
+    [[noreturn]] static void fieldIsUnknown(CGEventField field);
+    static std::int64_t integerPart(double value);
 
-    std::array<Slot, allFields.size()> slots_{};
+    /// One slot per field, holding the bits of the integer or of the double.
+    std::array<std::uint64_t, allFields.size()> slots_{};
+    /// Bit n is set while slot n holds a double.
+    std::uint32_t doubles_ = 0;
 };
+
+/// From field number to slot, so that the tap thread finds a field without a search.
+inline constexpr std::array<std::uint8_t, CGEvent::fieldNumberLimit> CGEvent::slotOfField = [] {
+    std::array<std::uint8_t, fieldNumberLimit> table{};
+    table.fill(noSlot);
+    for (std::size_t slot = 0; slot < allFields.size(); ++slot)
+        table[static_cast<std::size_t>(allFields[slot])] = static_cast<std::uint8_t>(slot);
+    return table;
+}();
+
+constexpr std::size_t CGEvent::slotIndex(CGEventField field) {
+    const auto number = static_cast<std::size_t>(field);
+    if (number >= fieldNumberLimit || slotOfField[number] == noSlot) [[unlikely]]
+        fieldIsUnknown(field);
+    return slotOfField[number];
+}
+
+inline std::int64_t CGEvent::integerValue(CGEventField field) const {
+    const std::size_t slot = slotIndex(field);
+    const bool isDouble = ((doubles_ >> slot) & 1U) != 0;
+    return isDouble ? integerPart(std::bit_cast<double>(slots_[slot]))
+                    : std::bit_cast<std::int64_t>(slots_[slot]);
+}
+
+inline double CGEvent::doubleValue(CGEventField field) const {
+    const std::size_t slot = slotIndex(field);
+    const bool isDouble = ((doubles_ >> slot) & 1U) != 0;
+    return isDouble ? std::bit_cast<double>(slots_[slot])
+                    : static_cast<double>(std::bit_cast<std::int64_t>(slots_[slot]));
+}
+
+inline void CGEvent::setIntegerValue(CGEventField field, std::int64_t value) {
+    const std::size_t slot = slotIndex(field);
+    slots_[slot] = std::bit_cast<std::uint64_t>(value);
+    doubles_ &= ~(std::uint32_t{1} << slot);
+}
+
+inline void CGEvent::setDoubleValue(CGEventField field, double value) {
+    const std::size_t slot = slotIndex(field);
+    slots_[slot] = std::bit_cast<std::uint64_t>(value);
+    doubles_ |= std::uint32_t{1} << slot;
+}
 
 /// The bits of `CGEvent::flags`: nine that say which modifier is in force, and below them one for
 /// each physical key.
