@@ -9,11 +9,11 @@
 namespace tessara {
 namespace {
 
-using Modifiers = std::bitset<KeyboardEventPoster::modifiers.size()>;
+using Modifiers = std::bitset<modifierKeys.size()>;
 
 std::optional<std::size_t> rowOf(std::uint16_t code) {
-    for (std::size_t row = 0; row < KeyboardEventPoster::modifiers.size(); ++row) {
-        if (KeyboardEventPoster::modifiers[row].code == code) return row;
+    for (std::size_t row = 0; row < modifierKeys.size(); ++row) {
+        if (modifierKeys[row].code == code) return row;
     }
     return std::nullopt;
 }
@@ -22,7 +22,7 @@ std::optional<std::size_t> rowOf(std::uint16_t code) {
 std::uint64_t flagsFor(const Modifiers& down) {
     std::uint64_t flags = 0;
     for (std::size_t row = 0; row < down.size(); ++row) {
-        const auto& key = KeyboardEventPoster::modifiers[row];
+        const ModifierKey& key = modifierKeys[row];
         if (down[row]) flags |= key.familyFlag | key.deviceFlag;
     }
     return flags;

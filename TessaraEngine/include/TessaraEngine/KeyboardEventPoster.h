@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <bitset>
 #include <cstddef>
 #include <cstdint>
@@ -9,6 +8,7 @@
 
 #include "Platform/CGEvent.h"
 #include "Platform/Dispatch/Mutex.h"
+#include "Platform/ModifierKeys.h"
 #include "TessaraCore/ModifierFlags.h"
 
 namespace tessara {
@@ -27,27 +27,10 @@ class EventSource;
 /// across the posts, so that strokes of several threads do not mingle. Not for the tap thread.
 class KeyboardEventPoster {
   public:
-    /// A modifier key: its virtual code, the flag of its family, and the flag of the key itself.
-    struct ModifierKey {
-        std::uint16_t code = 0;
-        std::uint64_t familyFlag = 0;
-        std::uint64_t deviceFlag = 0;
-    };
-
     /// The modifier keys that the program knows. Those before `firstRightModifier` are the ones it
     /// presses when a stroke asks for a modifier that is not held; the others are recognised when
     /// they are asked for by code or found pressed.
-    static constexpr std::array<ModifierKey, 9> modifiers{{
-        {.code = 59, .familyFlag = CGEventFlagMask::control, .deviceFlag = 0x1},
-        {.code = 58, .familyFlag = CGEventFlagMask::alternate, .deviceFlag = 0x20},
-        {.code = 56, .familyFlag = CGEventFlagMask::shift, .deviceFlag = 0x2},
-        {.code = 55, .familyFlag = CGEventFlagMask::command, .deviceFlag = 0x8},
-        {.code = 63, .familyFlag = CGEventFlagMask::secondaryFn, .deviceFlag = 0},
-        {.code = 62, .familyFlag = CGEventFlagMask::control, .deviceFlag = 0x2000},
-        {.code = 61, .familyFlag = CGEventFlagMask::alternate, .deviceFlag = 0x40},
-        {.code = 60, .familyFlag = CGEventFlagMask::shift, .deviceFlag = 0x4},
-        {.code = 54, .familyFlag = CGEventFlagMask::command, .deviceFlag = 0x10},
-    }};
+    static constexpr const auto& modifiers = modifierKeys;
     static constexpr std::size_t firstRightModifier = 5;
 
     /// `services` must outlive the poster.
@@ -65,7 +48,7 @@ class KeyboardEventPoster {
 
   private:
     /// Rows of `modifiers`.
-    using ModifierSet = std::bitset<modifiers.size()>;
+    using ModifierSet = std::bitset<modifierKeys.size()>;
 
     /// One call's view of the keyboard and where its events go.
     struct Stroke {
