@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -57,13 +58,15 @@ class EventStream {
     EventStream(const EventStream&) = delete;
     EventStream& operator=(const EventStream&) = delete;
 
-    /// Adds a listener that is called on `queue`. Values already in flight to the listener when the
-    /// stream is destroyed still arrive.
+    /// Adds a listener that is called on `queue`, with `first` ahead of everything else if it is
+    /// given. Values already in flight to the listener when the stream is destroyed still arrive.
     [[nodiscard]] EventSubscription subscribe(std::shared_ptr<DispatchQueue> queue,
-                                              Listener listener) {
+                                              Listener listener,
+                                              std::optional<Value> first = std::nullopt) {
         auto entry = std::make_shared<Entry>(std::move(queue), std::move(listener));
         {
             MutexLock lock(state_->mutex);
+            if (first) post(entry, *std::move(first));
             state_->entries.push_back(entry);
         }
         return EventSubscription([entry, weakState = std::weak_ptr<State>(state_)] {
@@ -79,9 +82,8 @@ class EventStream {
     /// in one order.
     void emit(const Value& value) {
         MutexLock lock(state_->mutex);
-        for (const auto& entry : state_->entries) {
-            entry->queue->post([entry, value] { entry->deliver(value); });
-        }
+        for (const auto& entry : state_->entries)
+            post(entry, value);
     }
 
     [[nodiscard]] std::size_t listenerCount() const {
@@ -114,6 +116,10 @@ class EventStream {
         Mutex mutex;
         std::shared_ptr<Listener> listener TESSARA_GUARDED_BY(mutex);
     };
+
+    static void post(const std::shared_ptr<Entry>& entry, Value value) {
+        entry->queue->post([entry, value = std::move(value)] { entry->deliver(value); });
+    }
 
     struct State {
         mutable Mutex mutex;

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <memory>
+
+namespace tessara {
+
+class CursorService;
+class DispatchQueue;
+class Dispatcher;
+class EventServices;
+class EventTapService;
+class HIDEventSystem;
+class HIDTransport;
+class PermissionService;
+class ShortcutsRunner;
+class WorkspaceService;
+
+/// The services of the platform that the engine runs on, chosen once by the program. All of them
+/// outlive the engine.
+struct EnginePlatform {
+    Dispatcher& dispatcher;
+    /// The main executor: every method of the engine runs on it.
+    std::shared_ptr<DispatchQueue> mainQueue;
+    EventTapService& eventTaps;
+    EventServices& events;
+    /// Absent where rewriting a motion event moves the cursor by itself.
+    CursorService* cursor;
+    HIDEventSystem& hidEvents;
+    HIDTransport& hidTransport;
+    PermissionService& permissions;
+    WorkspaceService& workspace;
+    ShortcutsRunner& shortcuts;
+};
+
+}  // namespace tessara
