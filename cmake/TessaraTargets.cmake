@@ -16,6 +16,8 @@ target_compile_options(TessaraBuildFlags INTERFACE
   # A fused multiply-add rounds once where the curves are defined with two roundings.
   -ffp-contract=off
   -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor -Werror)
+# In debug builds the library stops at an index or an optional that is not there.
+target_compile_definitions(TessaraBuildFlags INTERFACE $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   target_compile_options(TessaraBuildFlags INTERFACE -Wthread-safety)
 endif()

@@ -23,7 +23,7 @@ const ScrollStep& ScrollSteps::operator[](std::size_t index) const {
 }
 
 bool ScrollSteps::operator==(const ScrollSteps& other) const {
-    return std::equal(begin(), end(), other.begin(), other.end());
+    return std::ranges::equal(*this, other);
 }
 
 ScrollSteps::Builder::Builder(std::size_t capacity)

@@ -130,7 +130,7 @@ ScrollOutcome ScrollTransformer::transform(
     const Takeover takeover = takeOver(state.plan, input, directionChanged,
                                        deliveredPixelsOfPreviousPlan, settings.frameIntervalMillis);
 
-    const double sign = static_cast<double>(settings.isInverted ? -direction : direction);
+    const auto sign = static_cast<double>(settings.isInverted ? -direction : direction);
     const double requested =
         sign * (multiplier *
                 (settings.pixelsPerDetent * static_cast<double>(checkedAbs(input.lineDelta))));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <concepts>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -32,8 +33,9 @@ struct HIDPPConnectionState {
 
     /// Implicit, so that a case can be given where a state is wanted.
     template <typename T>
-        requires std::is_constructible_v<Case, std::in_place_type_t<T>, T>
-    HIDPPConnectionState(T state) : value(std::in_place_type<T>, std::move(state)) {}
+        requires(!std::same_as<T, HIDPPConnectionState> &&
+                 std::is_constructible_v<Case, std::in_place_type_t<T>, T>)
+    explicit(false) HIDPPConnectionState(T state) : value(std::in_place_type<T>, std::move(state)) {}
 
     template <typename T>
     bool is() const {

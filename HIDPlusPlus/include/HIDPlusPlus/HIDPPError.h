@@ -1,5 +1,6 @@
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -110,8 +111,9 @@ struct HIDPPError {
 
     /// Implicit, so that a case can be returned where an error is wanted.
     template <typename T>
-        requires std::is_constructible_v<Case, std::in_place_type_t<T>, T>
-    HIDPPError(T error) : value(std::in_place_type<T>, std::move(error)) {}
+        requires(!std::same_as<T, HIDPPError> &&
+                 std::is_constructible_v<Case, std::in_place_type_t<T>, T>)
+    explicit(false) HIDPPError(T error) : value(std::in_place_type<T>, std::move(error)) {}
 
     /// The error for a platform call that failed. A refusal is `NotPermitted` and an absent device
     /// `DeviceRemoved` whatever the platform called them; `code` must not be `IOReturn::success`.

@@ -143,6 +143,7 @@ std::optional<std::string> SimulatedFileSystem::contents(const std::string& path
 
 std::vector<std::string> SimulatedFileSystem::files() const {
     std::vector<std::string> paths;
+    paths.reserve(visible_.files.size());
     for (const auto& [path, contents] : visible_.files)
         paths.push_back(path);
     return paths;
