@@ -35,7 +35,8 @@ struct HIDPPConnectionState {
     template <typename T>
         requires(!std::same_as<T, HIDPPConnectionState> &&
                  std::is_constructible_v<Case, std::in_place_type_t<T>, T>)
-    explicit(false) HIDPPConnectionState(T state) : value(std::in_place_type<T>, std::move(state)) {}
+    explicit(false) HIDPPConnectionState(T state)
+        : value(std::in_place_type<T>, std::move(state)) {}
 
     template <typename T>
     bool is() const {
