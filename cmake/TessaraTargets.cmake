@@ -65,3 +65,12 @@ function(tessara_benchmark name)
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} benchmark::benchmark_main TessaraBuildFlags)
 endfunction()
+
+# tessara_fuzzer(NAME SOURCES ... LIBRARIES ...)
+# A libFuzzer program; its seeds stand in Fuzz/Corpus/NAME.
+function(tessara_fuzzer name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} TessaraBuildFlags)
+  target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+endfunction()
