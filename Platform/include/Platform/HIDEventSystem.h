@@ -79,6 +79,20 @@ class HIDEventSystem {
     /// could be had. Asked only when the symbols for both resolve.
     [[nodiscard]] virtual std::optional<std::vector<std::shared_ptr<HIDService>>> services() = 0;
 
+    /// A property of a device's entry in the system's registry, which may know properties that its
+    /// service does not; a number or a text. A platform without such a registry leaves it out.
+    [[nodiscard]] virtual HIDValue registryProperty([[maybe_unused]] std::uint64_t registryID,
+                                                    [[maybe_unused]] std::string_view key) const {
+        return {};
+    }
+
+    /// Sets a property of the registry entry; false when the system refuses.
+    virtual bool setRegistryProperty([[maybe_unused]] std::uint64_t registryID,
+                                     [[maybe_unused]] std::string_view key,
+                                     [[maybe_unused]] const HIDValue& value) {
+        return false;
+    }
+
     /// Whether the system still has the call that came before `cgEventCopyIOHIDEvent`. A diagnosis;
     /// a platform that knows nothing of it says false.
     [[nodiscard]] virtual bool hasLegacyCGEventGetIOHIDEvent() const { return false; }
