@@ -27,8 +27,8 @@ struct Config {
     std::int64_t schemaVersion = currentSchemaVersion;
     /// The master switch for all processing.
     bool isEnabled = true;
-    std::vector<Profile> profiles;
-    RuleSet ruleSet;
+    std::vector<Profile> profiles = {};
+    RuleSet ruleSet = {};
 
     /// The factory document. Built once; any thread may read it.
     [[nodiscard]] static const Config& default_();

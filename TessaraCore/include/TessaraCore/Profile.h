@@ -23,12 +23,12 @@ struct Profile {
     static constexpr std::string_view defaultProfileID = "default";
 
     /// What rules refer to; never shown.
-    std::string id;
+    std::string id = {};
     /// Shown to the user.
-    std::string name;
-    ScrollSettings scroll;
-    PointerSettings pointer;
-    std::vector<ButtonBinding> buttons;
+    std::string name = {};
+    ScrollSettings scroll = {};
+    PointerSettings pointer = {};
+    std::vector<ButtonBinding> buttons = {};
 
     /// The factory profile: smooth scrolling, the desktop curve, a slower pointer while the sniper
     /// button is held.

@@ -12,11 +12,11 @@ namespace tessara {
 
 /// Gives a profile to the applications of a pattern.
 struct Rule {
-    std::string id;
+    std::string id = {};
     BundleIDPattern pattern = AnyBundleID{};
     /// The id of the profile to use. It may name none: the configuration deals with that at the
     /// lookup.
-    std::string profileID;
+    std::string profileID = {};
     /// The greater wins.
     std::int64_t priority = 0;
     /// A disabled rule never applies, and stays in the document.
@@ -27,7 +27,7 @@ struct Rule {
 
 /// Which profile applies, and why.
 struct ProfileResolution {
-    std::string profileID;
+    std::string profileID = {};
     /// The rule that chose it; absent when none did and the default stepped in.
     std::optional<Rule> matchedRule = std::nullopt;
 
@@ -38,9 +38,9 @@ struct ProfileResolution {
 
 /// The rules by which the application in front chooses the profile.
 struct RuleSet {
-    std::vector<Rule> rules;
+    std::vector<Rule> rules = {};
     /// The profile when no rule applies.
-    std::string defaultProfileID;
+    std::string defaultProfileID = {};
 
     /// The profile for an application, or for none. Of the enabled rules that match the one of the
     /// greatest priority wins, then the narrower pattern, then the earlier rule. Always has an
