@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstdint>
+#include <variant>
+#include <vector>
+
+#include "Platform/Dispatch/Clock.h"
+#include "TessaraCore/ModifierFlags.h"
+#include "TessaraCore/ScrollAxis.h"
+
+namespace tessara {
+
+struct Recording;
+
+/// A turn of a wheel by whole lines; vertical ones are positive upwards.
+struct WheelTurn {
+    ScrollAxis axis = ScrollAxis::vertical;
+    std::int64_t lines = 0;
+
+    bool operator==(const WheelTurn&) const = default;
+};
+
+/// A button of the mouse gone down or up: 0 left, 1 right, 2 middle, then the others.
+struct ButtonChange {
+    std::int64_t number = 0;
+    bool isDown = false;
+
+    bool operator==(const ButtonChange&) const = default;
+};
+
+/// One movement of the mouse in counts; positive is right and down.
+struct MouseMotion {
+    std::int64_t dx = 0;
+    std::int64_t dy = 0;
+
+    bool operator==(const MouseMotion&) const = default;
+};
+
+/// Something that the system would hand to the program, and when.
+struct ReplayInput {
+    TimePoint at;
+    /// The modifier keys that the recording holds down at that moment.
+    ModifierFlags modifiers = ModifierFlags::none;
+    std::variant<WheelTurn, ButtonChange, MouseMotion> what;
+
+    bool operator==(const ReplayInput&) const = default;
+};
+
+/// A recording as the program meets it.
+struct ReplayInputs {
+    /// In the order in which they are handed on; their times never go back.
+    std::vector<ReplayInput> inputs;
+    /// The time of the recording's last event, whether or not that is an input.
+    TimePoint end;
+};
+
+/// Where the first event of every recording stands on the time line.
+inline constexpr TimePoint replayStart{std::chrono::milliseconds(1000)};
+
+/// Turns the events of a device into inputs, keeping their distances in time.
+///
+/// All X and Y movement of one frame is one motion, at the place and the time of its first event.
+/// Every other input has the place and time of its own event, and a last frame without its end
+/// counts like any other. Modifier keys become the modifiers of what follows and no input of their
+/// own; keys that repeat, high-resolution wheel values, and whatever else a device may report are
+/// left out.
+[[nodiscard]] ReplayInputs assembleInputs(const Recording& recording);
+
+}  // namespace tessara

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <expected>
+#include <string>
+#include <string_view>
+
+namespace tessara {
+
+/// Writes `content` to the file at `path`, in place of what is there. A regular file is replaced
+/// as a whole or left as it was; what is no regular file is written to. The error says what
+/// failed, with the path.
+[[nodiscard]] std::expected<void, std::string> writeWhole(const std::string& path,
+                                                          std::string_view content);
+
+}  // namespace tessara

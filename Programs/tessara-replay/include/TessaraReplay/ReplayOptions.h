@@ -1,0 +1,26 @@
+#pragma once
+
+#include <expected>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tessara {
+
+/// What a call of the program asks for.
+struct ReplayOptions {
+    bool wantsHelp = false;
+    bool wantsSummary = false;
+    std::optional<std::string> plotFile;
+    std::vector<std::string> recordings;
+};
+
+inline constexpr std::string_view replayUsage =
+    "usage: tessara-replay [--summary] [--plot FILE.svg] RECORDING...\n";
+
+/// Reads the arguments of a call, `argv` as `main` has it. Options may stand anywhere before "--".
+/// The error is one line that says which argument is at fault. Call it once in a process.
+[[nodiscard]] std::expected<ReplayOptions, std::string> parseReplayOptions(int argc, char** argv);
+
+}  // namespace tessara

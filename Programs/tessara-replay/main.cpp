@@ -1,0 +1,93 @@
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "TessaraCore/Profile.h"
+#include "TessaraReplay/FrameAssembler.h"
+#include "TessaraReplay/JsonLines.h"
+#include "TessaraReplay/OutputFile.h"
+#include "TessaraReplay/Recording.h"
+#include "TessaraReplay/ReplayOptions.h"
+#include "TessaraReplay/ReplayPlayer.h"
+#include "TessaraReplay/ReplayPlot.h"
+#include "TessaraReplay/ReplaySummary.h"
+
+namespace {
+
+using namespace tessara;
+
+constexpr int exitUnusableInput = 2;
+
+int complain(int status, std::string_view words) {
+    std::fprintf(stderr, "%.*s\n", static_cast<int>(words.size()), words.data());
+    return status;
+}
+
+/// Plays one recording onto `plot` and returns what is to be printed.
+std::string replay(const Recording& recording, const ReplayOptions& options, ReplayPlot& plot) {
+    const Profile profile = Profile::default_();
+    ReplaySummary summary(recording.name, recording.events.size(), profile.scroll.pixelsPerDetent,
+                          profile.pointer.dpi);
+    plot.begin(std::filesystem::path(recording.name).filename());
+    std::string lines;
+    play(assembleInputs(recording), profile, [&](const ReplayRecord& record) {
+        plot.add(record);
+        if (options.wantsSummary) {
+            summary.add(record);
+        } else {
+            appendJsonLine(lines, record);
+        }
+    });
+    return options.wantsSummary ? summary.text() : lines;
+}
+
+int run(const ReplayOptions& options) {
+    std::vector<Recording> recordings;
+    for (const std::string& path : options.recordings) {
+        auto recording = readRecording(path);
+        if (!recording) return complain(exitUnusableInput, recording.error().description());
+        recordings.push_back(*std::move(recording));
+    }
+
+    ReplayPlot plot;
+    for (const Recording& recording : recordings) {
+        const bool needsGap = options.wantsSummary && &recording != &recordings.front();
+        const std::string output = (needsGap ? "\n" : "") + replay(recording, options, plot);
+        std::fwrite(output.data(), 1, output.size(), stdout);
+    }
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
+        return complain(EXIT_FAILURE,
+                        std::string("the output cannot be written: ") + std::strerror(errno));
+    if (options.plotFile) {
+        const auto written = writeWhole(*options.plotFile, plot.svg());
+        if (!written) return complain(EXIT_FAILURE, written.error());
+    }
+    return EXIT_SUCCESS;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        const auto options = parseReplayOptions(argc, argv);
+        if (!options) {
+            complain(exitUnusableInput, options.error());
+            std::fputs(replayUsage.data(), stderr);
+            return exitUnusableInput;
+        }
+        if (options->wantsHelp) {
+            std::fputs(replayUsage.data(), stdout);
+            return EXIT_SUCCESS;
+        }
+        return run(*options);
+    } catch (const std::exception& error) {
+        return complain(EXIT_FAILURE, error.what());
+    }
+}

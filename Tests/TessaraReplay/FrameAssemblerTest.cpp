@@ -1,0 +1,107 @@
+#include <limits>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "TessaraReplay/FrameAssembler.h"
+#include "TessaraReplay/Recording.h"
+
+namespace tessara {
+namespace {
+
+using std::chrono::microseconds;
+
+constexpr RecordedEvent frameEnd(std::int64_t micros) {
+    return {.time = microseconds(micros)};
+}
+
+ReplayInputs assemble(std::vector<RecordedEvent> events) {
+    return assembleInputs({.name = "r", .events = std::move(events)});
+}
+
+TimePoint after(std::int64_t micros) {
+    return replayStart + microseconds(micros);
+}
+
+TEST(FrameAssembler, counts_time_from_the_first_event_of_any_kind) {
+    const auto result = assemble({{microseconds(5'000'000), 4, 4, 7},
+                                  {microseconds(5'000'250), 2, 8, 1},
+                                  frameEnd(5'000'251)});
+    ASSERT_EQ(result.inputs.size(), 1U);
+    EXPECT_EQ(result.inputs[0].at, after(250));
+    EXPECT_EQ(result.end, after(251));
+}
+
+TEST(FrameAssembler, gathers_a_frame_s_movement_at_the_place_of_its_first_event) {
+    constexpr std::int32_t huge = std::numeric_limits<std::int32_t>::max();
+    const auto result = assemble({{microseconds(0), 2, 8, -2},
+                                  {microseconds(1), 2, 1, huge},
+                                  {microseconds(2), 1, 0x110, 1},
+                                  {microseconds(3), 0, 3, 0},
+                                  {microseconds(4), 2, 0, 4},
+                                  {microseconds(5), 2, 1, huge},
+                                  {microseconds(6), 2, 6, 1},
+                                  frameEnd(7),
+                                  {microseconds(8), 2, 0, -4}});
+    const std::vector<ReplayInput> expected{
+        {after(0), {}, WheelTurn{ScrollAxis::vertical, -2}},
+        {after(1), {}, MouseMotion{4, 2 * std::int64_t{huge}}},
+        {after(2), {}, ButtonChange{0, true}},
+        {after(6), {}, WheelTurn{ScrollAxis::horizontal, 1}},
+        {after(8), {}, MouseMotion{-4, 0}},
+    };
+    EXPECT_EQ(result.inputs, expected);
+}
+
+TEST(FrameAssembler, leaves_out_what_is_no_input) {
+    const auto result = assemble({{microseconds(0), 2, 0x0b, 120},
+                                  {microseconds(0), 2, 0x0c, 120},
+                                  {microseconds(0), 2, 2, 1},
+                                  {microseconds(0), 4, 4, 1},
+                                  {microseconds(0), 1, 0x10f, 1},
+                                  {microseconds(0), 1, 0x120, 1},
+                                  {microseconds(0), 1, 0x110, 2},
+                                  {microseconds(0), 1, 0x110, -1},
+                                  {microseconds(0), 1, 30, 1},
+                                  {microseconds(0), 3, 0, 1}});
+    EXPECT_TRUE(result.inputs.empty());
+}
+
+TEST(FrameAssembler, numbers_the_buttons_from_the_left_one) {
+    const auto result = assemble({{microseconds(0), 1, 0x110, 1}, {microseconds(0), 1, 0x11f, 0}});
+    ASSERT_EQ(result.inputs.size(), 2U);
+    EXPECT_EQ(std::get<ButtonChange>(result.inputs[0].what), (ButtonChange{0, true}));
+    EXPECT_EQ(std::get<ButtonChange>(result.inputs[1].what), (ButtonChange{15, false}));
+}
+
+TEST(FrameAssembler, holds_a_modifier_until_both_its_keys_are_up) {
+    struct Case {
+        std::uint16_t left;
+        std::uint16_t right;
+        ModifierFlags modifier;
+    };
+    for (const Case& c : std::vector<Case>{{0x2a, 0x36, ModifierFlags::shift},
+                                           {0x1d, 0x61, ModifierFlags::control},
+                                           {0x38, 0x64, ModifierFlags::option},
+                                           {0x7d, 0x7e, ModifierFlags::command}}) {
+        std::vector<RecordedEvent> events;
+        const auto key = [&](std::uint16_t code, std::int32_t value) {
+            events.push_back({microseconds(0), 1, code, value});
+            events.push_back({microseconds(0), 2, 8, 1});
+        };
+        key(c.left, 1);
+        key(c.right, 1);
+        key(c.left, 0);
+        key(c.right, 2);
+        key(c.right, 0);
+        const std::vector<ModifierFlags> expected{
+            c.modifier, c.modifier, c.modifier, c.modifier, {}};
+        const auto result = assemble(events);
+        ASSERT_EQ(result.inputs.size(), expected.size());
+        for (std::size_t i = 0; i < expected.size(); ++i)
+            EXPECT_EQ(result.inputs[i].modifiers, expected[i]) << i;
+    }
+}
+
+}  // namespace
+}  // namespace tessara
