@@ -31,6 +31,14 @@ inline constexpr std::array<ModifierKey, 9> modifierKeys{{
     {.code = 54, .familyFlag = CGEventFlagMask::command, .deviceFlag = 0x10},    // right Command
 }};
 
+/// The modifier key with that code; null for any other key.
+[[nodiscard]] constexpr const ModifierKey* findModifierKey(std::uint16_t code) {
+    for (const auto& key : modifierKeys) {
+        if (key.code == code) return &key;
+    }
+    return nullptr;
+}
+
 /// The virtual key code of Caps Lock, whose events carry `CGEventFlagMask::alphaShift`.
 inline constexpr std::uint16_t capsLockKeyCode = 57;
 

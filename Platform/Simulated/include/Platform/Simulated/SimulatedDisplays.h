@@ -48,6 +48,10 @@ class SimulatedDisplays final : public CursorService {
         CGRect bounds;
     };
 
+    /// Writes the numbers of the displays for whose bounds the condition holds.
+    template <typename Condition>
+    std::optional<std::size_t> list(std::span<DisplayID> found, Condition holds);
+
     [[nodiscard]] CGPoint nearestReachableLocked(CGPoint point) const TESSARA_REQUIRES(mutex_);
 
     SimulatedRefusal warps_;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -98,14 +97,18 @@ class SimulatedEventStream : public std::enable_shared_from_this<SimulatedEventS
         bool isPosted = false;
     };
     struct Journey;
+    struct Wait;
 
     void enter(Arrival arrival);
     void pump();
     void begin(Arrival arrival);
-    [[nodiscard]] bool proceed();
-    void askTap(const std::shared_ptr<SimulatedTap>& tap);
-    void resume(std::uint64_t ticket, bool passes, const std::optional<CGEvent>& changed);
+    void walk();
+    void waitFor(std::shared_ptr<SimulatedTap> tap);
+    void resumeLater(std::shared_ptr<Wait> wait, bool passes, std::optional<CGEvent> changed);
+    void resume(const Wait& wait, bool passes, const std::optional<CGEvent>& changed);
+    void releaseFrom(const SimulatedTap& tap);
     void finish(bool isThrough);
+    void deliver(SimulatedPassage& passage);
 
     const std::shared_ptr<DispatchQueue> windowServer_;
     const SimulatedEventStreamParts parts_;
@@ -113,12 +116,9 @@ class SimulatedEventStream : public std::enable_shared_from_this<SimulatedEventS
     // Owned by the window server's queue.
     std::deque<Arrival> arrivals_;
     std::unique_ptr<Journey> journey_;  // null between two events
-    std::uint64_t lastTicket_ = 0;
 
     mutable Mutex mutex_;
-    /// The tap that the event under way waits for, and the number of that wait.
-    std::shared_ptr<SimulatedTap> awaited_ TESSARA_GUARDED_BY(mutex_);
-    std::uint64_t awaitedTicket_ TESSARA_GUARDED_BY(mutex_) = 0;
+    std::shared_ptr<Wait> wait_ TESSARA_GUARDED_BY(mutex_);  // null unless a verdict is awaited
     std::vector<SimulatedPassage> journal_ TESSARA_GUARDED_BY(mutex_);
 };
 

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <vector>
 
 #include "Platform/EventTaps.h"
+#include "Platform/Simulated/SimulatedRefusal.h"
 
 namespace tessara {
 
@@ -21,7 +23,7 @@ class SimulatedEventTaps final : public EventTapService {
     ~SimulatedEventTaps() override;
 
     /// Makes the next `count` taps fail for no reason of permissions.
-    void refuseTaps(std::int64_t count);
+    void refuseTaps(std::int64_t count = SimulatedRefusal::always);
 
     /// The taps that an event entering at `location` has before it, in order.
     [[nodiscard]] std::vector<std::shared_ptr<SimulatedTap>> tapsFrom(
@@ -37,6 +39,7 @@ class SimulatedEventTaps final : public EventTapService {
   private:
     const std::shared_ptr<SimulatedPermissions> permissions_;
     const std::shared_ptr<SimulatedTapList> list_;
+    SimulatedRefusal refusal_;
 };
 
 }  // namespace tessara

@@ -31,7 +31,7 @@ class SimulatedHardware {
     /// has come: the location is the cursor's, the flags are the hardware's, the sender is named as
     /// `SimulatedDevices::senderReporting` says, and `complete` adds what is particular to it. A
     /// device that is not attached stops the process. Any thread.
-    void send(const std::shared_ptr<SimulatedHIDDevice>& device, Completion complete) const;
+    void send(const SimulatedHIDDevice& device, Completion complete) const;
 
     [[nodiscard]] const std::shared_ptr<SimulatedDisplays>& displays() const { return displays_; }
     [[nodiscard]] const std::shared_ptr<SimulatedInputState>& state() const { return state_; }

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <set>
-#include <vector>
 
 #include "Platform/CGEvent.h"
 #include "Platform/Dispatch/Mutex.h"
@@ -20,20 +19,26 @@ class SimulatedInputState {
     void apply(const CGEvent& event);
 
     /// Forgets the buttons, as if their releases had been seen.
-    void releaseButtons(const std::vector<std::int64_t>& buttons);
+    void releaseButtons(const std::set<std::int64_t>& buttons);
 
     [[nodiscard]] bool isKeyDown(std::uint16_t code) const;
 
     /// The modifier bits, generic and device-dependent, and Caps Lock.
     [[nodiscard]] std::uint64_t flags() const;
 
-    /// The keys that are down, modifiers included, by rising code.
-    [[nodiscard]] std::vector<std::uint16_t> keysDown() const;
+    /// What `flags` would be once the key had gone down, or up.
+    [[nodiscard]] std::uint64_t flagsAfter(std::uint16_t code, bool isDown) const;
 
-    /// The buttons that are down, by rising number.
-    [[nodiscard]] std::vector<std::int64_t> buttonsDown() const;
+    /// The keys that are down, modifiers included.
+    [[nodiscard]] std::set<std::uint16_t> keysDown() const;
+
+    /// The buttons that are down, by number.
+    [[nodiscard]] std::set<std::int64_t> buttonsDown() const;
 
   private:
+    [[nodiscard]] std::uint64_t flagsOf(const std::set<std::uint16_t>& keys) const
+        TESSARA_REQUIRES(mutex_);
+
     mutable Mutex mutex_;
     std::set<std::uint16_t> keys_ TESSARA_GUARDED_BY(mutex_);
     std::set<std::int64_t> buttons_ TESSARA_GUARDED_BY(mutex_);

@@ -27,6 +27,8 @@ class SimulatedKeyboard {
     void toggleCapsLock();
 
   private:
+    void sendKey(std::uint16_t code, bool isDown);
+
     const std::shared_ptr<const SimulatedHardware> hardware_;
     const std::shared_ptr<SimulatedHIDDevice> device_;
 };

@@ -3,8 +3,10 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <set>
 
 #include "Platform/CGEvent.h"
+#include "Platform/Dispatch/Mutex.h"
 #include "Platform/Simulated/SimulatedHIDDevice.h"
 
 namespace tessara {
@@ -59,11 +61,14 @@ class SimulatedPointingDevice {
   private:
     void sendButton(std::int64_t button, bool isDown);
     void sendWheel(std::int64_t verticalLines, std::int64_t horizontalLines);
-    void sendScroll(std::int64_t verticalPixels, std::int64_t horizontalPixels, int phase);
+    void sendScroll(std::int64_t verticalPixels, std::int64_t horizontalPixels, std::int64_t phase);
+    [[nodiscard]] std::set<std::int64_t> takeHeld();
 
     const std::shared_ptr<const SimulatedHardware> hardware_;
     const std::shared_ptr<SimulatedHIDDevice> device_;
     std::atomic<double> pointsPerCount_{2.0};
+    Mutex mutex_;
+    std::set<std::int64_t> held_ TESSARA_GUARDED_BY(mutex_);  // buttons that the hand holds down
 };
 
 }  // namespace tessara

@@ -63,7 +63,10 @@ class SimulatedWorkspace final : public WorkspaceService {
         const std::string& bundleID) const override;
 
   private:
-    [[nodiscard]] SimulatedApplication* find(const std::string& bundleID) const;
+    [[nodiscard]] SimulatedApplication* find(const std::string& bundleID) const
+        TESSARA_REQUIRES(mutex_);
+    [[nodiscard]] SimulatedApplication* findAt(const std::string& location) const
+        TESSARA_REQUIRES(mutex_);
 
     EventStream<std::optional<std::string>> activations_;
     mutable Mutex mutex_;

@@ -1,0 +1,103 @@
+#include "Platform/Simulated/SimulatedInputState.h"
+
+#include "Platform/ModifierKeys.h"
+
+namespace tessara {
+namespace {
+
+/// Whether the flags of a `flagsChanged` event say that its key has gone down. An event that names
+/// no particular key of the family is believed by the generic bit.
+bool saysDown(const ModifierKey& key, std::uint64_t flags) {
+    std::uint64_t deviceFlagsOfFamily = 0;
+    for (const auto& row : modifierKeys) {
+        if (row.familyFlag == key.familyFlag) deviceFlagsOfFamily |= row.deviceFlag;
+    }
+    if ((flags & deviceFlagsOfFamily) != 0) return (flags & key.deviceFlag) != 0;
+    return (flags & key.familyFlag) != 0;
+}
+
+std::uint16_t keyCode(const CGEvent& event) {
+    return static_cast<std::uint16_t>(event.integerValue(CGEventField::keyboardEventKeycode));
+}
+
+template <typename Value>
+void note(std::set<Value>& held, Value value, bool isDown) {
+    if (isDown) {
+        held.insert(value);
+    } else {
+        held.erase(value);
+    }
+}
+
+}  // namespace
+
+void SimulatedInputState::apply(const CGEvent& event) {
+    const auto number = event.integerValue(CGEventField::mouseEventButtonNumber);
+    MutexLock lock(mutex_);
+    switch (event.type) {
+        case CGEventType::leftMouseDown:
+        case CGEventType::leftMouseUp:
+            return note<std::int64_t>(buttons_, 0, event.type == CGEventType::leftMouseDown);
+        case CGEventType::rightMouseDown:
+        case CGEventType::rightMouseUp:
+            return note<std::int64_t>(buttons_, 1, event.type == CGEventType::rightMouseDown);
+        case CGEventType::otherMouseDown:
+        case CGEventType::otherMouseUp:
+            return note(buttons_, number, event.type == CGEventType::otherMouseDown);
+        case CGEventType::keyDown:
+        case CGEventType::keyUp:
+            return note(keys_, keyCode(event), event.type == CGEventType::keyDown);
+        case CGEventType::flagsChanged:
+            if (keyCode(event) == capsLockKeyCode) {
+                isCapsLockOn_ = (event.flags & CGEventFlagMask::alphaShift) != 0;
+            } else if (const auto* modifier = findModifierKey(keyCode(event))) {
+                note(keys_, modifier->code, saysDown(*modifier, event.flags));
+            }
+            return;
+        default:
+            return;
+    }
+}
+
+void SimulatedInputState::releaseButtons(const std::set<std::int64_t>& buttons) {
+    MutexLock lock(mutex_);
+    for (const auto button : buttons)
+        buttons_.erase(button);
+}
+
+bool SimulatedInputState::isKeyDown(std::uint16_t code) const {
+    MutexLock lock(mutex_);
+    return keys_.contains(code);
+}
+
+std::uint64_t SimulatedInputState::flags() const {
+    MutexLock lock(mutex_);
+    return flagsOf(keys_);
+}
+
+std::uint64_t SimulatedInputState::flagsAfter(std::uint16_t code, bool isDown) const {
+    MutexLock lock(mutex_);
+    auto keys = keys_;
+    note(keys, code, isDown);
+    return flagsOf(keys);
+}
+
+std::uint64_t SimulatedInputState::flagsOf(const std::set<std::uint16_t>& keys) const {
+    std::uint64_t flags = isCapsLockOn_ ? CGEventFlagMask::alphaShift : 0;
+    for (const auto& row : modifierKeys) {
+        if (keys.contains(row.code)) flags |= row.familyFlag | row.deviceFlag;
+    }
+    return flags;
+}
+
+std::set<std::uint16_t> SimulatedInputState::keysDown() const {
+    MutexLock lock(mutex_);
+    return keys_;
+}
+
+std::set<std::int64_t> SimulatedInputState::buttonsDown() const {
+    MutexLock lock(mutex_);
+    return buttons_;
+}
+
+}  // namespace tessara
