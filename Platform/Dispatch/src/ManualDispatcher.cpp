@@ -246,26 +246,6 @@ class ManualDispatcher::Core {
     std::map<std::string, std::size_t> neverRun_ TESSARA_GUARDED_BY(mutex_);  // by label
 };
 
-class ManualDispatcher::Timer final : public DispatchTimer {
-  public:
-    Timer(std::shared_ptr<Core> core, QueueID queue, std::shared_ptr<RepeatingTimer> timer)
-        : core_(std::move(core)), queue_(queue), timer_(std::move(timer)) {}
-    ~Timer() override { cancel(); }
-
-    Timer(const Timer&) = delete;
-    Timer& operator=(const Timer&) = delete;
-
-    void cancel() noexcept override {
-        core_->withdraw(queue_, *timer_);
-        timer_->release();
-    }
-
-  private:
-    const std::shared_ptr<Core> core_;
-    const QueueID queue_;
-    const std::shared_ptr<RepeatingTimer> timer_;
-};
-
 class ManualDispatcher::Queue final : public DispatchQueue,
                                       public std::enable_shared_from_this<Queue> {
   public:
@@ -286,7 +266,10 @@ class ManualDispatcher::Queue final : public DispatchQueue,
                                               std::move_only_function<void()> handler) override {
         auto timer = std::make_shared<RepeatingTimer>(interval, leeway, std::move(handler));
         core_->add(id_, first, timer);
-        return std::make_unique<Timer>(core_, id_, std::move(timer));
+        return std::make_unique<RepeatingTimerHandle>(
+            std::move(timer), [core = core_, id = id_](const RepeatingTimer& withdrawn) noexcept {
+                core->withdraw(id, withdrawn);
+            });
     }
 
     void drain() override { core_->drain(id_, label_); }

@@ -3,8 +3,10 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <utility>
 
 #include "Platform/Dispatch/Clock.h"
+#include "Platform/Dispatch/DispatchQueue.h"
 #include "Platform/Dispatch/Mutex.h"
 
 namespace tessara {
@@ -34,6 +36,29 @@ class RepeatingTimer final {
     const std::chrono::nanoseconds leeway_;
     Mutex mutex_;
     std::shared_ptr<Handler> handler_ TESSARA_GUARDED_BY(mutex_);
+};
+
+/// The handle of a timer that is on some queue's agenda.
+class RepeatingTimerHandle final : public DispatchTimer {
+  public:
+    /// `withdraw` takes the timer off its agenda; called from any thread, more than once.
+    using Withdraw = std::move_only_function<void(const RepeatingTimer&) noexcept>;
+
+    RepeatingTimerHandle(std::shared_ptr<RepeatingTimer> timer, Withdraw withdraw)
+        : timer_(std::move(timer)), withdraw_(std::move(withdraw)) {}
+    ~RepeatingTimerHandle() override { cancel(); }
+
+    RepeatingTimerHandle(const RepeatingTimerHandle&) = delete;
+    RepeatingTimerHandle& operator=(const RepeatingTimerHandle&) = delete;
+
+    void cancel() noexcept override {
+        withdraw_(*timer_);
+        timer_->release();
+    }
+
+  private:
+    const std::shared_ptr<RepeatingTimer> timer_;
+    Withdraw withdraw_;
 };
 
 }  // namespace tessara

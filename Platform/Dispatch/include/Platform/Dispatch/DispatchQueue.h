@@ -55,6 +55,7 @@ class DispatchTimer {
 ///     wait for deadlines that lie ahead.
 /// 10. Posting is possible from every thread and from within a block, and never waits for a block
 ///     that is running.
+/// 11. A block that throws stops the process.
 ///
 /// A queue is shared: blocks may be posted as long as somebody holds it. When the last holder lets
 /// go what has not yet run is destroyed.
@@ -75,7 +76,9 @@ class DispatchQueue {
     virtual void postAt(TimePoint deadline, Block block) = 0;
 
     /// Starts a timer whose handler runs on this queue, first at `first` and then every `interval`
-    /// (above zero), each time late by `leeway` at most if the system can do so. Any thread.
+    /// (above zero), each time late by `leeway` at most if the system can do so. The handler is
+    /// destroyed when the timer is cancelled or the queue ends, after a firing that is running. Any
+    /// thread.
     [[nodiscard]] virtual std::unique_ptr<DispatchTimer> startTimer(
         TimePoint first, std::chrono::nanoseconds interval, std::chrono::nanoseconds leeway,
         std::move_only_function<void()> handler) = 0;

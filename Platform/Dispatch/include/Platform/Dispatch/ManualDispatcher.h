@@ -73,7 +73,6 @@ class ManualDispatcher final : public Dispatcher {
   private:
     class Core;
     class Queue;
-    class Timer;
 
     const std::shared_ptr<Core> core_;
     const LeftoverHandler onLeftover_;

@@ -1,0 +1,103 @@
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <thread>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include <asio/executor_work_guard.hpp>
+#include <asio/io_context.hpp>
+#include <asio/steady_timer.hpp>
+
+#include "Agenda.h"
+#include "Platform/Dispatch/Clock.h"
+#include "Platform/Dispatch/DispatchQueue.h"
+#include "Platform/Dispatch/Mutex.h"
+
+namespace tessara {
+
+class RepeatingTimer;
+
+/// The threads whose queues ended within one of their own blocks, and which therefore nobody could
+/// join. They are on their last block.
+class DepartingThreads {
+  public:
+    /// Detaches `thread`, which is the calling one.
+    void add(std::thread thread);
+
+    /// The calling thread's last act; nothing if it was not added.
+    void remove() noexcept;
+
+    /// Waits for all of them but the calling one.
+    void await();
+
+  private:
+    Mutex mutex_;
+    std::condition_variable_any changed_;
+    std::vector<std::thread::id> threads_ TESSARA_GUARDED_BY(mutex_);
+};
+
+/// One thread that runs one queue's agenda, and waits for the file descriptors of an `io_context`
+/// in the same loop. The queue owns it; the thread and the queue's timers share it.
+class RunLoop final : public std::enable_shared_from_this<RunLoop> {
+  public:
+    explicit RunLoop(std::shared_ptr<DepartingThreads> departing);
+
+    void start(std::string label, QualityOfService quality);
+
+    /// Ends the thread after the block that it is running, and waits for it unless this is it. What
+    /// has not yet run is destroyed on the thread.
+    void end();
+
+    /// Takes on a block or a timer.
+    template <typename Work>
+    void add(TimePoint deadline, Work work) {
+        {
+            MutexLock lock(mutex_);
+            agenda_.add({deadline, sequence_++}, std::move(work));
+            if (deadline >= wakeUp_) return;
+            wakeUp_ = atWork;
+        }
+        wake();
+    }
+
+    void withdraw(const RepeatingTimer& timer);
+
+    [[nodiscard]] bool isCurrent() const noexcept;
+    [[nodiscard]] asio::io_context& context() noexcept { return io_; }
+    [[nodiscard]] const Clock& clock() const noexcept { return clock_; }
+
+  private:
+    /// While the loop is at work, or has been told to go to work, it need not be told.
+    static constexpr TimePoint atWork = TimePoint::min();
+
+    /// The block to run next, or the moment to sleep until.
+    using Step = std::variant<DispatchQueue::Block, TimePoint>;
+
+    void wake();
+    void run();
+    void runDue() noexcept;
+    [[nodiscard]] Step nextStep();
+    void sleepUntil(TimePoint wakeUp);
+
+    const SystemClock clock_;
+    const std::shared_ptr<DepartingThreads> departing_;
+    std::thread thread_;  // set by start(), let go by end()
+
+    asio::io_context io_{1};  // one thread runs it
+    const asio::executor_work_guard<asio::io_context::executor_type> work_{io_.get_executor()};
+    asio::steady_timer timer_{io_};  // the loop's thread
+
+    Mutex mutex_;
+    bool ended_ TESSARA_GUARDED_BY(mutex_) = false;
+    std::uint64_t sequence_ TESSARA_GUARDED_BY(mutex_) = 0;
+    Agenda agenda_ TESSARA_GUARDED_BY(mutex_);
+    /// When the loop looks at the agenda next without being told to.
+    TimePoint wakeUp_ TESSARA_GUARDED_BY(mutex_) = TimePoint::max();
+};
+
+}  // namespace tessara
