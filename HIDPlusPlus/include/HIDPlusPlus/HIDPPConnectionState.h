@@ -1,11 +1,10 @@
 #pragma once
 
-#include <concepts>
 #include <string>
-#include <type_traits>
 #include <utility>
 #include <variant>
 
+#include "HIDPlusPlus/CaseOf.h"
 #include "HIDPlusPlus/HIDPPDeviceIdentity.h"
 
 namespace tessara {
@@ -32,9 +31,7 @@ struct HIDPPConnectionState {
     HIDPPConnectionState() = default;
 
     /// Implicit, so that a case can be given where a state is wanted.
-    template <typename T>
-        requires(!std::same_as<T, HIDPPConnectionState> &&
-                 std::is_constructible_v<Case, std::in_place_type_t<T>, T>)
+    template <CaseOf<Case> T>
     explicit(false) HIDPPConnectionState(T state)
         : value(std::in_place_type<T>, std::move(state)) {}
 

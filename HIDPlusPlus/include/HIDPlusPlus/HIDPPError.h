@@ -1,12 +1,12 @@
 #pragma once
 
-#include <concepts>
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <variant>
 
+#include "HIDPlusPlus/CaseOf.h"
 #include "HIDPlusPlus/HIDPPFeature.h"
 #include "Platform/IOReturn.h"
 
@@ -110,9 +110,7 @@ struct HIDPPError {
     Case value;
 
     /// Implicit, so that a case can be returned where an error is wanted.
-    template <typename T>
-        requires(!std::same_as<T, HIDPPError> &&
-                 std::is_constructible_v<Case, std::in_place_type_t<T>, T>)
+    template <CaseOf<Case> T>
     explicit(false) HIDPPError(T error) : value(std::in_place_type<T>, std::move(error)) {}
 
     /// The error for a platform call that failed. A refusal is `NotPermitted` and an absent device

@@ -1,11 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <type_traits>
 #include <utility>
 #include <variant>
 #include <vector>
 
+#include "HIDPlusPlus/CaseOf.h"
 #include "HIDPlusPlus/HIDPPConnectionState.h"
 #include "HIDPlusPlus/HIDPPDeviceIdentity.h"
 
@@ -46,9 +46,8 @@ struct HIDPPEvent {
     Case value;
 
     /// Implicit, so that a case can be given where an event is wanted.
-    template <typename T>
-        requires std::is_constructible_v<Case, std::in_place_type_t<T>, T>
-    HIDPPEvent(T event) : value(std::in_place_type<T>, std::move(event)) {}
+    template <CaseOf<Case> T>
+    explicit(false) HIDPPEvent(T event) : value(std::in_place_type<T>, std::move(event)) {}
 
     template <typename T>
     bool is() const {
