@@ -1,6 +1,9 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <span>
 #include <utility>
 #include <vector>
@@ -10,35 +13,54 @@
 namespace tessara {
 
 /// An interface whose other end is the test: it keeps what is written and delivers what it is told.
-/// Everything happens at once, on the caller's queue.
-class FakeHIDInterface final : public HIDInterface {
+class FakeHIDInterface final : public HIDInterface,
+                               public std::enable_shared_from_this<FakeHIDInterface> {
   public:
+    using Bytes = std::vector<std::uint8_t>;
+
+    // Set before the interface is in use, or on the queue that reads them.
     HIDInterfaceProperties described{.vendorID = 0x046D,
                                      .productID = 0xC099,
+                                     .product = "Gaming Mouse",
                                      .maxInputReportSize = 20,
                                      .maxOutputReportSize = 20,
                                      .usagePairs = {{0xFF00, 1}}};
+    std::uint64_t id = 77;
     IOReturn openResult = IOReturn::success;
-    IOReturn writeResult = IOReturn::success;
-    bool isOpen = false;
+    std::atomic<IOReturn> writeResult = IOReturn::success;
+    /// Runs inside each write that is taken, on the writer's queue.
+    std::function<void(const Bytes& report)> onWrite;
+
+    std::atomic<bool> isOpen = false;
+    std::atomic<bool> isGone = false;
+    int openCount = 0;
     int closeCount = 0;
-    std::vector<std::vector<std::uint8_t>> written;
-    /// Runs inside each write, after the report was kept.
-    std::function<void(const std::vector<std::uint8_t>& report)> onWrite;
+    std::vector<Bytes> written;
 
     bool isListenedTo() const { return static_cast<bool>(handler_); }
 
-    void deliver(std::uint8_t reportID, const std::vector<std::uint8_t>& bytes) {
+    /// Delivers a report now; on the queue that listens.
+    void deliver(std::uint8_t reportID, const Bytes& bytes) {
         if (handler_) handler_(reportID, bytes);
     }
 
     /// Delivers a whole report, with its id as the first byte.
-    void deliver(const std::vector<std::uint8_t>& report) { deliver(report.at(0), report); }
+    void deliver(const Bytes& report) { deliver(report.at(0), report); }
+
+    /// Delivers a whole report on the queue that listens, as soon as it comes to that. Any thread.
+    void deliverLater(DispatchQueue& queue, Bytes report) {
+        queue.post([weakInterface = weak_from_this(), report = std::move(report)] {
+            const auto interface = weakInterface.lock();
+            if (interface && !interface->isGone) interface->deliver(report);
+        });
+    }
 
     const HIDInterfaceProperties& properties() const noexcept override { return described; }
-    std::uint64_t registryID() const noexcept override { return 77; }
+    std::uint64_t registryID() const noexcept override { return id; }
 
     IOReturn open() override {
+        ++openCount;
+        if (isGone) return IOReturn::noDevice;
         isOpen = openResult == IOReturn::success;
         return openResult;
     }
@@ -56,6 +78,7 @@ class FakeHIDInterface final : public HIDInterface {
     void stopInput() override { handler_ = nullptr; }
 
     IOReturn writeReport(std::uint8_t reportID, std::span<const std::uint8_t> report) override {
+        if (isGone) return IOReturn::noDevice;
         if (!isOpen) return IOReturn::notOpen;
         if (report.empty() || report.front() != reportID) return IOReturn::badArgument;
         if (writeResult != IOReturn::success) return writeResult;

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "FakeHIDInterface.h"
+#include "FakeHIDTransport.h"
 #include "HIDPlusPlus/HIDPPLink.h"
 #include "HIDPlusPlus/HIDPPRunLoop.h"
 #include "Platform/Dispatch/ManualDispatcher.h"
@@ -18,21 +19,6 @@ using namespace std::chrono_literals;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using Bytes = std::vector<std::uint8_t>;
-
-class NoHIDDevices final : public HIDTransport {
-  public:
-    std::vector<std::shared_ptr<HIDInterface>> interfaces(std::int64_t, std::int64_t) override {
-        return {};
-    }
-    std::unique_ptr<HIDHotplugWatch> watch(std::int64_t, std::int64_t,
-                                           std::shared_ptr<DispatchQueue>,
-                                           HIDHotplugHandlers) override {
-        return nullptr;
-    }
-    HIDListenEventAccess listenEventAccess() const override {
-        return HIDListenEventAccess::unknown;
-    }
-};
 
 /// A link over a fake interface in virtual time. Outcomes are kept as texts: the payload in
 /// hexadecimal, or the error's description.
@@ -84,7 +70,7 @@ class HIDPPLinkTest : public ::testing::Test {
     std::vector<std::string> takeOutcomes() { return std::exchange(outcomes, {}); }
 
     ManualDispatcher dispatcher;
-    NoHIDDevices transport;
+    FakeHIDTransport transport;
     std::shared_ptr<HIDPPRunLoop> runLoop = std::make_shared<HIDPPRunLoop>(dispatcher, transport);
     std::shared_ptr<FakeHIDInterface> interface = std::make_shared<FakeHIDInterface>();
     std::shared_ptr<HIDPPLink> link = std::make_shared<HIDPPLink>(runLoop, interface);

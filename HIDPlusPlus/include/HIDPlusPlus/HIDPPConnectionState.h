@@ -32,8 +32,7 @@ struct HIDPPConnectionState {
 
     /// Implicit, so that a case can be given where a state is wanted.
     template <CaseOf<Case> T>
-    explicit(false) HIDPPConnectionState(T state)
-        : value(std::in_place_type<T>, std::move(state)) {}
+    HIDPPConnectionState(T state) : value(std::in_place_type<T>, std::move(state)) {}
 
     template <typename T>
     bool is() const {

@@ -13,9 +13,9 @@ namespace tessara {
 struct HIDPPDPIRange {
     /// All values from `minimum` on in steps of `step`, and `maximum`.
     struct Range {
-        std::int64_t minimum = 0;
-        std::int64_t maximum = 0;
-        std::int64_t step = 0;
+        std::int64_t minimum;
+        std::int64_t maximum;
+        std::int64_t step;
         bool operator==(const Range&) const = default;
     };
     /// Exactly these values, in the device's order.

@@ -1,0 +1,115 @@
+#pragma once
+
+#include <chrono>
+#include <exception>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <asio/any_io_executor.hpp>
+#include <asio/co_spawn.hpp>
+#include <gtest/gtest.h>
+
+#include "FakeHIDTransport.h"
+#include "HIDPlusPlus/HIDPPDevice.h"
+#include "HIDPlusPlus/HIDPPRunLoop.h"
+#include "Platform/Dispatch/ManualDispatcher.h"
+#include "ScriptedMouse.h"
+
+namespace tessara {
+
+/// A device, its mouse and a listener in virtual time.
+class HIDPPDeviceFixture : public ::testing::Test {
+  protected:
+    template <typename T>
+    using Outcome = std::shared_ptr<std::optional<T>>;
+
+    HIDPPDeviceFixture() {
+        subscription = device->makeEventStream(
+            caller, [this](const HIDPPEvent& event) { events.push_back(textOf(event)); });
+    }
+
+    ~HIDPPDeviceFixture() override {
+        subscription.cancel();
+        device = nullptr;
+        dispatcher.advance(std::chrono::seconds(5));
+        EXPECT_EQ(transport.watchCount(), 0U) << "the hot-plug watch outlives the device";
+        EXPECT_FALSE(mouse.interface && mouse.interface->isOpen) << "the link was not closed";
+    }
+
+    static std::string textOf(const HIDPPEvent& event) {
+        struct Text {
+            std::string operator()(const HIDPPEvent::DeviceAttached&) const { return "attached"; }
+            std::string operator()(const HIDPPEvent::DeviceReady&) const { return "ready"; }
+            std::string operator()(const HIDPPEvent::StateChanged& changed) const {
+                return changed.state.description();
+            }
+            std::string operator()(const HIDPPEvent::Notification& notification) const {
+                return "notification " + std::to_string(notification.featureIndex);
+            }
+            std::string operator()(const HIDPPEvent::DeviceRemoved&) const { return "removed"; }
+        };
+        return std::visit(Text(), event.value);
+    }
+
+    /// Begins an operation; its outcome appears when it has one.
+    template <typename T>
+    Outcome<T> begin(asio::awaitable<T> operation) {
+        auto outcome = std::make_shared<std::optional<T>>();
+        asio::co_spawn(caller->executor(), std::move(operation),
+                       [outcome](std::exception_ptr exception, T value) {
+                           if (exception) std::rethrow_exception(exception);
+                           EXPECT_FALSE(outcome->has_value()) << "completed twice";
+                           *outcome = std::move(value);
+                       });
+        return outcome;
+    }
+
+    /// Runs an operation for as long as it needs, up to ten seconds.
+    template <typename T>
+    T run(asio::awaitable<T> operation) {
+        const auto outcome = begin(std::move(operation));
+        dispatcher.runReady();
+        for (int i = 0; i < 10'000 && !outcome->has_value(); ++i) {
+            dispatcher.advance(std::chrono::milliseconds(1));
+        }
+        if (!outcome->has_value()) throw std::runtime_error("the operation never completed");
+        return std::move(**outcome);
+    }
+
+    void disconnect() {
+        asio::co_spawn(caller->executor(), device->disconnect(), [](std::exception_ptr) {});
+        dispatcher.runReady();
+    }
+
+    /// The text of an outcome that has no value of interest: "ok", or the error's.
+    template <typename T>
+    static std::string textOf(const HIDPPResult<T>& result) {
+        return result ? "ok" : result.error().description();
+    }
+    template <typename T>
+    static std::string textOf(const Outcome<HIDPPResult<T>>& outcome) {
+        return outcome->has_value() ? textOf(**outcome) : "waiting";
+    }
+
+    std::string state() { return run(device->state()).description(); }
+    std::vector<std::string> takeEvents() {
+        dispatcher.runReady();
+        return std::exchange(events, {});
+    }
+
+    ManualDispatcher dispatcher;
+    FakeHIDTransport transport;
+    std::shared_ptr<HIDPPRunLoop> runLoop = std::make_shared<HIDPPRunLoop>(dispatcher, transport);
+    ScriptedMouse mouse{transport, runLoop->queue()};
+    std::shared_ptr<DispatchQueue> caller =
+        dispatcher.makeQueue("caller", QualityOfService::standard);
+    std::unique_ptr<HIDPPDevice> device =
+        std::make_unique<HIDPPDevice>(HIDPPDeviceMatch::g502X, runLoop);
+    EventSubscription subscription;
+    std::vector<std::string> events;
+};
+
+}  // namespace tessara
