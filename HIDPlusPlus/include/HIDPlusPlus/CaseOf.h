@@ -1,18 +1,20 @@
 #pragma once
 
-#include <type_traits>
+#include <concepts>
 #include <variant>
 
 namespace tessara {
 
+/// Whether a type is one of a variant's alternatives, told from the types alone. A constructor that
+/// takes any case of a variant must ask this and not whether the variant can be constructed: the
+/// answer to that may depend on the constructor itself.
 template <typename T, typename Variant>
-struct IsCaseOf : std::false_type {};
+inline constexpr bool isCaseOf = false;
 
 template <typename T, typename... Cases>
-struct IsCaseOf<T, std::variant<Cases...>> : std::disjunction<std::is_same<T, Cases>...> {};
+inline constexpr bool isCaseOf<T, std::variant<Cases...>> = (std::same_as<T, Cases> || ...);
 
-/// `T` is one of the alternatives of the variant, exactly and not by conversion.
 template <typename T, typename Variant>
-concept CaseOf = IsCaseOf<T, Variant>::value;
+concept CaseOf = isCaseOf<T, Variant>;
 
 }  // namespace tessara

@@ -32,7 +32,8 @@ struct HIDPPConnectionState {
 
     /// Implicit, so that a case can be given where a state is wanted.
     template <CaseOf<Case> T>
-    HIDPPConnectionState(T state) : value(std::in_place_type<T>, std::move(state)) {}
+    explicit(false) HIDPPConnectionState(T state)
+        : value(std::in_place_type<T>, std::move(state)) {}
 
     template <typename T>
     bool is() const {

@@ -111,7 +111,7 @@ struct HIDPPError {
 
     /// Implicit, so that a case can be returned where an error is wanted.
     template <CaseOf<Case> T>
-    HIDPPError(T error) : value(std::in_place_type<T>, std::move(error)) {}
+    explicit(false) HIDPPError(T error) : value(std::in_place_type<T>, std::move(error)) {}
 
     /// The error for a platform call that failed. A refusal is `NotPermitted` and an absent device
     /// `DeviceRemoved` whatever the platform called them; `code` must not be `IOReturn::success`.

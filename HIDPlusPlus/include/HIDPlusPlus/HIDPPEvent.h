@@ -47,7 +47,7 @@ struct HIDPPEvent {
 
     /// Implicit, so that a case can be given where an event is wanted.
     template <CaseOf<Case> T>
-    HIDPPEvent(T event) : value(std::in_place_type<T>, std::move(event)) {}
+    explicit(false) HIDPPEvent(T event) : value(std::in_place_type<T>, std::move(event)) {}
 
     template <typename T>
     bool is() const {
