@@ -9,6 +9,7 @@
 #include "Platform/Simulated/SimulatedEventTaps.h"
 #include "Platform/Simulated/SimulatedInputState.h"
 #include "Platform/Simulated/SimulatedWorkspace.h"
+#include "ScriptFault.h"
 #include "SimulatedTap.h"
 
 namespace tessara {
@@ -79,7 +80,10 @@ void SimulatedEventStream::walk() {
     while (journey_->next < journey_->route.size()) {
         auto tap = journey_->route[journey_->next++];
         if (!tap->takes(journey_->event.type)) continue;
-        if (!tap->isListenOnly()) return waitFor(std::move(tap));
+        if (!tap->isListenOnly()) {
+            waitFor(std::move(tap));
+            return;
+        }
         auto& queue = tap->queue();
         queue.post(
             [tap = std::move(tap), copy = journey_->event]() mutable { (void)tap->show(copy); });
@@ -137,18 +141,18 @@ void SimulatedEventStream::releaseFrom(const SimulatedTap& tap) {
         wait = wait_;
     }
     if (!wait || wait->tap.get() != &tap) return;
+    resumeLater(wait, true, std::nullopt);
     wait->isOver.store(true);
-    resumeLater(std::move(wait), true, std::nullopt);
 }
 
 void SimulatedEventStream::finish(bool isThrough) {
-    auto journey = std::move(journey_);
+    const auto journey = std::move(journey_);
     if (isThrough) {
         journey->passage.delivered = journey->event;
         deliver(journey->passage);
     }
     MutexLock lock(mutex_);
-    journal_.push_back(std::move(journey->passage));
+    journal_.push_back(journey->passage);
 }
 
 void SimulatedEventStream::deliver(SimulatedPassage& passage) {
@@ -162,15 +166,19 @@ void SimulatedEventStream::deliver(SimulatedPassage& passage) {
 }
 
 void SimulatedEventStream::settle() {
+    std::shared_ptr<Wait> former;
     while (true) {
-        windowServer_->drain();
+        // Asked on the window server's queue, where no event is between two states.
         std::shared_ptr<Wait> wait;
-        {
+        windowServer_->post([this, &wait] {
             MutexLock lock(mutex_);
             wait = wait_;
-        }
+        });
+        windowServer_->drain();
         if (!wait) return;
+        if (wait == former) stopForScriptFault("an event waits for a block that was discarded");
         wait->tap->queue().drain();
+        former = std::move(wait);
     }
 }
 

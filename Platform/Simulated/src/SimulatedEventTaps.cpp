@@ -26,13 +26,17 @@ class TapHandle final : public EventTap {
     TapHandle& operator=(const TapHandle&) = delete;
 
     void setEnabled(bool isEnabled) override {
-        const bool mayFilter = tap_->isListenOnly() || permissions_->isProcessTrusted();
-        tap_->setEnabled(isEnabled && mayFilter);
+        tap_->setEnabled(isEnabled && isPermitted());
+        if (isEnabled && !isPermitted()) tap_->setEnabled(false);  // revoked in between
     }
 
     [[nodiscard]] bool isEnabled() const override { return tap_->isEnabled(); }
 
   private:
+    [[nodiscard]] bool isPermitted() const {
+        return tap_->isListenOnly() || permissions_->isProcessTrusted();
+    }
+
     const std::shared_ptr<SimulatedTap> tap_;
     const std::shared_ptr<SimulatedTapList> list_;
     const std::shared_ptr<const SimulatedPermissions> permissions_;

@@ -32,30 +32,34 @@ void note(std::set<Value>& held, Value value, bool isDown) {
 }  // namespace
 
 void SimulatedInputState::apply(const CGEvent& event) {
-    const auto number = event.integerValue(CGEventField::mouseEventButtonNumber);
     MutexLock lock(mutex_);
     switch (event.type) {
         case CGEventType::leftMouseDown:
         case CGEventType::leftMouseUp:
-            return note<std::int64_t>(buttons_, 0, event.type == CGEventType::leftMouseDown);
+            note(buttons_, std::int64_t{0}, event.type == CGEventType::leftMouseDown);
+            break;
         case CGEventType::rightMouseDown:
         case CGEventType::rightMouseUp:
-            return note<std::int64_t>(buttons_, 1, event.type == CGEventType::rightMouseDown);
+            note(buttons_, std::int64_t{1}, event.type == CGEventType::rightMouseDown);
+            break;
         case CGEventType::otherMouseDown:
         case CGEventType::otherMouseUp:
-            return note(buttons_, number, event.type == CGEventType::otherMouseDown);
+            note(buttons_, event.integerValue(CGEventField::mouseEventButtonNumber),
+                 event.type == CGEventType::otherMouseDown);
+            break;
         case CGEventType::keyDown:
         case CGEventType::keyUp:
-            return note(keys_, keyCode(event), event.type == CGEventType::keyDown);
+            note(keys_, keyCode(event), event.type == CGEventType::keyDown);
+            break;
         case CGEventType::flagsChanged:
             if (keyCode(event) == capsLockKeyCode) {
                 isCapsLockOn_ = (event.flags & CGEventFlagMask::alphaShift) != 0;
             } else if (const auto* modifier = findModifierKey(keyCode(event))) {
                 note(keys_, modifier->code, saysDown(*modifier, event.flags));
             }
-            return;
+            break;
         default:
-            return;
+            break;
     }
 }
 
