@@ -6,7 +6,7 @@ source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 # One letter of each is written as its code, so that the check of this very file stays green.
 broken=(
     'as the sp\x65c says' 'the Specific\x61tion' 'as sp\x65cified' 'see Pa\x72t 3.2' 'by this Pa\x72t'
-    'Subsyst\x65m 2' 'Sect\x69on 4.1' 'see DESI\x47N.md' '../sha\x72ed/notes' 'closes iss\x75e 3'
+    'Subsyst\x65m 2' 'Sect\x69on 4.1' 'see DESI\x47N.md' 'closes iss\x75e 3'
     'in /wo\x72k/main' '"/ro\x6ft/.cache"' 'to /t\x6dp/x.svg' 'from deb.debi\x61n.org' 'regist\x72y.npmjs.org'
     'a codin\x67 agent' 'a language mo\x64el' 'the C\x45O' 'Co-auth\x6fred-by: X' 'by Zibblef\x72atz'
     'class MyZibblef\x72atzMouse' 'ZIBBLE_F\x52ATZ'
