@@ -4,10 +4,12 @@
 #include <utility>
 
 #include "DPISink.h"
+#include "HIDPlusPlus/HIDPPRunLoop.h"
 #include "TessaraEngine/CGPointerCursor.h"
 #include "TessaraEngine/EngineSPIDiagnostics.h"
 #include "TessaraEngine/InputRouter.h"
 #include "TessaraEngine/MacroExecutor.h"
+#include "TessaraEngine/PointerHardwareTuning.h"
 #include "TessaraEngine/ProfileWatcher.h"
 #include "TessaraEngine/SystemSideEffects.h"
 
@@ -30,14 +32,19 @@ std::unique_ptr<PointerCursorMoving> makePointerCursor(const TessaraEngine::Opti
     return std::make_unique<CGPointerCursor>(platform.events, *platform.cursor);
 }
 
+PermissionState currentPermissions(const EnginePlatform& platform) {
+    return PermissionState::current(platform.permissions, platform.hidRunLoop->transport());
+}
+
 }  // namespace
 
-TessaraEngine::TessaraEngine(Config config, Options options, const EnginePlatform& platform)
+TessaraEngine::TessaraEngine(Config config, Options options, const EnginePlatform& platform,
+                             PointerHardwareTuning* pointerTuning)
     : TessaraEngine(config.activeProfile(std::nullopt), std::move(config), std::move(options),
-                    platform) {}
+                    platform, pointerTuning) {}
 
 TessaraEngine::TessaraEngine(const Profile& profile, Config&& config, Options&& options,
-                             const EnginePlatform& platform)
+                             const EnginePlatform& platform, PointerHardwareTuning* pointerTuning)
     : platform_(platform),
       scope_(options.deviceMatches, platform.hidEvents, platform.dispatcher),
       scrollPipeline_(profile.scroll, options.poster, platform.dispatcher),
@@ -49,17 +56,25 @@ TessaraEngine::TessaraEngine(const Profile& profile, Config&& config, Options&& 
                                             pointerPipeline_, makePointerCursor(options, platform),
                                             platform.dispatcher.clock())),
       options_(std::move(options)),
-      config_(std::move(config)) {
+      config_(std::move(config)),
+      pointerTuning_(pointerTuning) {
     status_.activeProfileID = profile.id;
     status_.activeProfileName = profile.name;
-    status_.permissions = PermissionState::current(platform_.permissions, platform_.hidTransport);
+    status_.permissions = currentPermissions(platform_);
     status_.missingSPISymbols = EngineSPIDiagnostics::missingSymbols(platform_.hidEvents);
+    if (pointerTuning_) pointerTuning_->setDeviceMatches(options_.deviceMatches);
+    syncPointerTuning();
 }
 
-TessaraEngine::~TessaraEngine() = default;
+TessaraEngine::~TessaraEngine() {
+    // What the sink calls refers to the pipelines.
+    dpiSink_->setHandler({});
+    macroExecutor_->drain();
+}
 
 std::expected<void, EventTapController::StartError> TessaraEngine::start() {
     if (tapController_) return {};
+    isStopped_ = false;
     refreshPermissions();
     changeStatus([&](EngineStatus& status) {
         status.missingSPISymbols = EngineSPIDiagnostics::missingSymbols(platform_.hidEvents);
@@ -78,6 +93,8 @@ std::expected<void, EventTapController::StartError> TessaraEngine::start() {
     if (auto started = tap->start(); !started) return started;
     tapController_ = std::move(tap);
     installedTapMask_ = mask;
+    startDeviceIfNeeded();
+    syncPointerTuning();
 
     changeStatus([&](EngineStatus& status) {
         status.isRunning = true;
@@ -132,6 +149,11 @@ std::uint64_t TessaraEngine::requiredTapMask() const {
 }
 
 void TessaraEngine::stop() {
+    isStopped_ = true;
+    tunePointer([this](PointerHardwareTuning& tuning) {
+        tuning.request({.isPermitted = false, .deviceDPI = lastDeviceReportedDPI_});
+        tuning.restore(PointerTuningRestoreReason::engineStopped);
+    });
     // The tap goes first, so that no new work comes in; what is held is let go before the rest.
     if (tapController_) tapController_->stop();
     tapController_.reset();
@@ -143,6 +165,7 @@ void TessaraEngine::stop() {
     macroExecutor_->drain();
     macroExecutor_->reset({});
     macroExecutor_->drain();
+    disconnectFromDevice();
 
     changeStatus([](EngineStatus& status) {
         status.isRunning = false;
@@ -189,6 +212,8 @@ void TessaraEngine::applyProfile(const Profile& profile,
         status.activeProfileName = profile.name;
         status.frontmostBundleID = bundleID;
     });
+    if (settingsApplier_) settingsApplier_->update(desiredSettings(profile));
+    syncPointerTuning();
 }
 
 void TessaraEngine::activateProfile(const std::optional<std::string>& bundleID) {
@@ -208,10 +233,7 @@ void TessaraEngine::handleTapDisabled(TapDisableReason reason) {
 }
 
 void TessaraEngine::refreshPermissions() {
-    changeStatus([&](EngineStatus& status) {
-        status.permissions =
-            PermissionState::current(platform_.permissions, platform_.hidTransport);
-    });
+    changeStatus([&](EngineStatus& status) { status.permissions = currentPermissions(platform_); });
 }
 
 void TessaraEngine::refreshMetrics() {
@@ -223,7 +245,13 @@ void TessaraEngine::refreshMetrics() {
         status.buttons = buttonPipeline_.snapshotMetrics();
         status.targetDeviceAttached = scope_.isTargetAttached();
         status.isTapEnabled = tapController_ && tapController_->isTapEnabled();
+        if (pointerTuning_) status.pointerTuning = pointerTuning_->status();
     });
+    // A tuning that the system refused at first may be taken later.
+    if (!isStopped_ && !options_.isPausedByUser && pointerTuning_ && pointerTuning_->isEnabled() &&
+        !pointerTuning_->status().isApplied) {
+        syncPointerTuning();
+    }
 }
 
 void TessaraEngine::publish(EngineStatus status) {

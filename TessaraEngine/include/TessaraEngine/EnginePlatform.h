@@ -10,7 +10,7 @@ class Dispatcher;
 class EventServices;
 class EventTapService;
 class HIDEventSystem;
-class HIDTransport;
+class HIDPPRunLoop;
 class PermissionService;
 class ShortcutsRunner;
 class WorkspaceService;
@@ -26,7 +26,8 @@ struct EnginePlatform {
     /// Absent where rewriting a motion event moves the cursor by itself.
     CursorService* cursor;
     HIDEventSystem& hidEvents;
-    HIDTransport& hidTransport;
+    /// The way to the mouse's own protocol.
+    std::shared_ptr<const HIDPPRunLoop> hidRunLoop;
     PermissionService& permissions;
     WorkspaceService& workspace;
     ShortcutsRunner& shortcuts;

@@ -10,7 +10,9 @@
 #include "TessaraEngine/DeviceScope.h"
 #include "TessaraEngine/PermissionState.h"
 #include "TessaraEngine/PointerPipeline.h"
+#include "TessaraEngine/PointerTuningStatus.h"
 #include "TessaraEngine/ScrollPipeline.h"
+#include "TessaraEngine/SettingsApplyState.h"
 #include "TessaraEngine/TapMetrics.h"
 
 namespace tessara {
@@ -28,6 +30,8 @@ struct EngineStatus {
     std::optional<std::string> frontmostBundleID;
     /// The mouse is among the system's input devices.
     bool targetDeviceAttached = false;
+    SettingsApplyState deviceSettings;
+    PointerTuningStatus pointerTuning;
     HIDPPConnectionState hidConnection;
     TapMetrics tap;
     DeviceScope::Counters scope;

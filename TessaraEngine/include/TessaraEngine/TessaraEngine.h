@@ -13,17 +13,23 @@
 #include "TessaraEngine/EnginePlatform.h"
 #include "TessaraEngine/EngineStatus.h"
 #include "TessaraEngine/EventTapController.h"
+#include "TessaraEngine/SettingsApplier.h"
 
 namespace tessara {
 
 class DPISink;
 class EventPosting;
+class HIDPPDevice;
 class InputRouter;
 class MacroExecutor;
+class PointerHardwareTuning;
 class ProfileWatcher;
 
 /// The conductor: builds everything that acts on the user's input, starts and stops the tap,
 /// changes profiles, and says in one `EngineStatus` how things stand.
+///
+/// It also keeps the mouse's own settings in step with the active profile, and the system's pointer
+/// figures in step with the mouse, where it is given the means.
 ///
 /// Events do not pass through it. Once started they go from the tap through the router to the
 /// pipelines, on the tap thread; the engine only changes what those work with, between two events.
@@ -38,6 +44,13 @@ class TessaraEngine : public std::enable_shared_from_this<TessaraEngine> {
         EventTapController::Configuration tap;
         /// Where everything goes that the engine makes itself.
         std::shared_ptr<EventPosting> poster;
+        /// Writes the mouse's settings for an application that owns the connection itself.
+        std::shared_ptr<HIDPPControlling> hidControl;
+        /// Without a control: whether the engine connects to the mouse by itself.
+        bool connectsToDevice = false;
+        /// Settings of the mouse that belong to no profile; absent leaves them as they are.
+        std::optional<std::int64_t> reportRateHertz;
+        std::optional<bool> highResolutionWheel;
         bool allowsAppLaunch = true;
         bool allowsShortcuts = true;
         /// Whether motion is taken raw and the cursor moved by the engine; needs the platform's
@@ -47,8 +60,10 @@ class TessaraEngine : public std::enable_shared_from_this<TessaraEngine> {
         bool isPausedByUser = false;
     };
 
-    /// Builds everything; nothing runs yet but a first look at the input devices.
-    TessaraEngine(Config config, Options options, const EnginePlatform& platform);
+    /// Builds everything; nothing runs yet but a first look at the input devices. `pointerTuning`
+    /// may be absent, and outlives the engine otherwise.
+    TessaraEngine(Config config, Options options, const EnginePlatform& platform,
+                  PointerHardwareTuning* pointerTuning = nullptr);
     ~TessaraEngine();
 
     TessaraEngine(const TessaraEngine&) = delete;
@@ -89,18 +104,46 @@ class TessaraEngine : public std::enable_shared_from_this<TessaraEngine> {
     void refreshMetrics();
 
     [[nodiscard]] bool isPausedByUser() const { return options_.isPausedByUser; }
-    void setPausedByUser(bool isPaused) { options_.isPausedByUser = isPaused; }
+    void setPausedByUser(bool isPaused);
+
+    /// The user's switch for the correction of the system's pointer figures.
+    void setPointerTuningEnabled(bool isEnabled);
+
+    /// Takes an event of the mouse from an application that owns the connection.
+    void handleDeviceEvent(const HIDPPEvent& event);
+
+    /// Null before the first start, and where there is no way to the mouse's settings.
+    [[nodiscard]] const std::shared_ptr<SettingsApplier>& settingsApplier() const {
+        return settingsApplier_;
+    }
 
   private:
     /// Begins with `profile`, which is the document's for no application.
     TessaraEngine(const Profile& profile, Config&& config, Options&& options,
-                  const EnginePlatform& platform);
+                  const EnginePlatform& platform, PointerHardwareTuning* pointerTuning);
 
     [[nodiscard]] std::uint64_t requiredTapMask() const;
     void applyProfile(const Profile& profile, const std::optional<std::string>& bundleID);
     void handleTapDisabled(TapDisableReason reason);
     [[nodiscard]] std::shared_ptr<ProfileWatcher> makeWatcher();
     [[nodiscard]] std::unique_ptr<EventTapController> makeTapController(std::uint64_t mask);
+
+    // The device side.
+
+    void startDeviceIfNeeded();
+    void connectToDevice(const DesiredDeviceSettings& desired);
+    void disconnectFromDevice();
+    void useApplier(std::shared_ptr<HIDPPControlling> control,
+                    const DesiredDeviceSettings& desired);
+    void handleOwnDeviceEvent(const HIDPPEvent& event);
+    void handleHIDError(const HIDPPError& error);
+    void refreshScope(const HIDPPEvent& event);
+    [[nodiscard]] DesiredDeviceSettings desiredSettings(const Profile& profile) const;
+    void syncPointerTuning();
+    /// Runs `change` on the tuning, if there is one, and takes its status over.
+    void tunePointer(const std::function<void(PointerHardwareTuning&)>& change);
+    /// Runs `block` on the main executor, unless the engine is gone by then. Any thread.
+    [[nodiscard]] std::function<void(std::function<void(TessaraEngine&)>)> onMain();
 
     /// Stores a status and tells of it when it differs.
     void publish(EngineStatus status);
@@ -125,6 +168,12 @@ class TessaraEngine : public std::enable_shared_from_this<TessaraEngine> {
     // Owned by the main executor.
     Options options_;
     Config config_;
+    bool isStopped_ = false;
+    std::shared_ptr<SettingsApplier> settingsApplier_;
+    PointerHardwareTuning* const pointerTuning_;
+    std::shared_ptr<HIDPPDevice> hidDevice_;
+    EventSubscription hidEvents_;
+    std::optional<std::int64_t> lastDeviceReportedDPI_;
     std::optional<std::uint64_t> installedTapMask_;
     std::shared_ptr<ProfileWatcher> profileWatcher_;
     EngineStatus status_;
