@@ -59,8 +59,8 @@ BENCHMARK(accumulate)->ArgName("tenthsOfACount")->Arg(5)->Arg(50);
 /// Thirteen buttons with four bindings each.
 void chooseAction(benchmark::State& state) {
     std::vector<ButtonBinding> bindings;
-    for (std::int64_t button = ButtonRouter::firstBindableButton;
-         button <= ButtonRouter::lastBindableButton; ++button) {
+    for (std::int64_t button = ButtonRouter::bindableButtons.first;
+         button <= ButtonRouter::bindableButtons.last; ++button) {
         for (const std::uint32_t modifiers : {0U, 2U, 4U, 6U}) {
             bindings.push_back({.button = button,
                                 .modifiers = ModifierFlags{modifiers},
@@ -69,7 +69,7 @@ void chooseAction(benchmark::State& state) {
     }
     const ButtonRouter router(std::move(bindings), 2000);
     measure(state, [&] {
-        benchmark::DoNotOptimize(&router.action(ButtonRouter::lastBindableButton,
+        benchmark::DoNotOptimize(&router.action(ButtonRouter::bindableButtons.last,
                                                 ModifierFlags::shift | ModifierFlags::command));
     });
 }

@@ -17,6 +17,7 @@ struct PassThroughAction {
 
 /// Presses and releases a key, both when the button goes down.
 struct KeyStrokeAction {
+    /// A virtual key code.
     std::uint16_t code = 0;
     ModifierFlags modifiers = ModifierFlags::none;
     bool operator==(const KeyStrokeAction&) const = default;
@@ -24,12 +25,14 @@ struct KeyStrokeAction {
 
 /// Plays a macro once, when the button goes down.
 struct SequenceAction {
+    /// As many as the user likes, none included.
     std::vector<MacroStep> steps;
     bool operator==(const SequenceAction&) const = default;
 };
 
 /// Holds a key for as long as the button is held.
 struct HoldAction {
+    /// A virtual key code.
     std::uint16_t code = 0;
     ModifierFlags modifiers = ModifierFlags::none;
     bool operator==(const HoldAction&) const = default;
@@ -45,6 +48,7 @@ struct RepeatWhileHeldAction {
 
 /// Changes the resolution of the mouse for as long as the button is held.
 struct DPIShiftAction {
+    /// In dots per inch, not checked against what the mouse can do.
     std::int64_t toDPI = 0;
     bool operator==(const DPIShiftAction&) const = default;
 };
@@ -57,6 +61,7 @@ struct LaunchAppAction {
 
 /// Runs a shortcut of the system by its name.
 struct RunShortcutAction {
+    /// As the system shows it.
     std::string name;
     bool operator==(const RunShortcutAction&) const = default;
 };

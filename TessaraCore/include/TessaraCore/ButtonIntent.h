@@ -18,12 +18,14 @@ struct PassThroughButtonIntent {
     bool operator==(const PassThroughButtonIntent&) const = default;
 };
 
+/// Press a key with its modifiers, and leave it down until a `KeyUpIntent` of the same key.
 struct KeyDownIntent {
     std::uint16_t code = 0;
     ModifierFlags modifiers = ModifierFlags::none;
     bool operator==(const KeyDownIntent&) const = default;
 };
 
+/// Release a key.
 struct KeyUpIntent {
     std::uint16_t code = 0;
     ModifierFlags modifiers = ModifierFlags::none;
@@ -36,37 +38,44 @@ struct DelayIntent {
     bool operator==(const DelayIntent&) const = default;
 };
 
+/// Press a button of the mouse, whichever was really pressed.
 struct MouseButtonDownIntent {
     std::int64_t number = 0;
     bool operator==(const MouseButtonDownIntent&) const = default;
 };
 
+/// Release a button of the mouse.
 struct MouseButtonUpIntent {
     std::int64_t number = 0;
     bool operator==(const MouseButtonUpIntent&) const = default;
 };
 
+/// Begin to play a step again and again; the first playing is among the intents before this one.
 struct StartRepeatIntent {
     RepeatToken token;
     bool operator==(const StartRepeatIntent&) const = default;
 };
 
+/// End a repeat.
 struct StopRepeatIntent {
     /// The id of the token that started it.
     std::int64_t id = 0;
     bool operator==(const StopRepeatIntent&) const = default;
 };
 
+/// Set the resolution of the mouse.
 struct SetDPIIntent {
     std::int64_t dpi = 0;
     bool operator==(const SetDPIIntent&) const = default;
 };
 
+/// Start the application with this bundle identifier, or bring it to the front.
 struct LaunchAppIntent {
     std::string bundleID;
     bool operator==(const LaunchAppIntent&) const = default;
 };
 
+/// Run the shortcut of the system with this name.
 struct RunShortcutIntent {
     std::string name;
     bool operator==(const RunShortcutIntent&) const = default;

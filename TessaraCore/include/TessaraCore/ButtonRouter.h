@@ -15,6 +15,16 @@
 
 namespace tessara {
 
+/// Button numbers from `first` to `last`, both included.
+struct ButtonRange {
+    std::int64_t first;
+    std::int64_t last;
+
+    [[nodiscard]] constexpr bool contains(std::int64_t button) const {
+        return button >= first && button <= last;
+    }
+};
+
 /// Says what each press and release of a button leads to, as a list of intents in order.
 ///
 /// The binding is chosen at the press and remembered until the release, so that a modifier let go

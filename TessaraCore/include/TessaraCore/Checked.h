@@ -13,6 +13,7 @@
 /// their range by whoever reads them, and refused with words.
 namespace tessara {
 
+/// Every integer type; a boolean is none.
 template <typename T>
 concept CheckedInteger = std::integral<T> && !std::same_as<T, bool>;
 

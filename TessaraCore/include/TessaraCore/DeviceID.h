@@ -10,6 +10,7 @@ namespace tessara {
 /// The identity of one physical input device for the length of a run. It says nothing about what
 /// the device is, and is not the same after the device was unplugged.
 struct DeviceID {
+    /// Given by the engine; the number itself has no meaning.
     std::uint64_t rawValue = 0;
 
     /// The device of an event that names none.

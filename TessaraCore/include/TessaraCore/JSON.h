@@ -23,8 +23,8 @@ namespace tessara {
 template <typename T>
 [[nodiscard]] std::expected<T, JSONError> decodeJSON(std::string_view json);
 
-/// The stored form of `value`: UTF-8, indented by two spaces, keys sorted at every level. Equal
-/// values give equal bytes, and decoding gives back an equal value, to the last bit of a number.
+/// The stored form of `value`: UTF-8, indented by two spaces, keys sorted at every level. The
+/// same value always gives the same bytes, and decoding gives it back to the last bit of a number.
 /// The only errors are a number that is not finite and a text that is not UTF-8.
 template <typename T>
 [[nodiscard]] std::expected<std::string, EncodingError> encodeJSON(const T& value);

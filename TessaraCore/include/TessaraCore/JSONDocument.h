@@ -46,6 +46,7 @@ class JSONDocument {
         object
     };
 
+    /// A part of `characters_`. Not a view, because the characters move as they grow in number.
     struct Text {
         std::size_t offset = 0;
         std::size_t length = 0;
@@ -86,6 +87,7 @@ class JSONValue {
     // boolean.
 
     [[nodiscard]] std::optional<bool> boolean() const;
+    /// Valid as long as the document.
     [[nodiscard]] std::optional<std::string_view> string() const;
     /// Any number, as the nearest double.
     [[nodiscard]] std::optional<double> number() const;
@@ -111,6 +113,7 @@ class JSONValue {
   private:
     friend class JSONDocument;
 
+    /// The value at `index` of the nodes of `document`.
     JSONValue(const JSONDocument* document, std::size_t index)
         : document_(document), index_(index) {}
     [[nodiscard]] const JSONDocument::Node& node() const { return document_->nodes_[index_]; }

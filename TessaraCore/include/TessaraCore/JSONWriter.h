@@ -15,10 +15,14 @@ namespace tessara {
 /// key first.
 class JSONWriter {
   public:
+    // Each of these is one value: the outermost, an element of the array that is open, or the value
+    // of the key just written.
+
     void beginObject() { open('{'); }
     void endObject() { close('}'); }
     void beginArray() { open('['); }
     void endArray() { close(']'); }
+    /// The key of the member that comes next, in an object. It must be UTF-8.
     void key(std::string_view key);
 
     void boolean(bool value);

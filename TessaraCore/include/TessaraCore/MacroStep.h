@@ -9,6 +9,7 @@ namespace tessara {
 
 /// Presses and releases a key.
 struct KeyStep {
+    /// A virtual key code.
     std::uint16_t code = 0;
     ModifierFlags modifiers = ModifierFlags::none;
     bool operator==(const KeyStep&) const = default;
@@ -30,6 +31,7 @@ struct KeyUpStep {
 
 /// Waits. A negative time, which a document may hold, waits not at all.
 struct DelayStep {
+    /// In milliseconds.
     double millis = 0;
     bool operator==(const DelayStep&) const = default;
 };

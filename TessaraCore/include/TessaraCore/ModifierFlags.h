@@ -21,7 +21,7 @@ class ModifierFlags : public OptionSet<ModifierFlags, std::uint32_t> {
     static const ModifierFlags control;
     static const ModifierFlags option;
     static const ModifierFlags command;
-    static const ModifierFlags function;
+    static const ModifierFlags function;  // the Fn key
     /// The modifiers that a binding can ask for: all of the above but Caps Lock.
     static const ModifierFlags bindable;
 

@@ -18,8 +18,11 @@ class OptionSet {
   public:
     using RawValue = Raw;
 
+    /// The empty set.
     constexpr OptionSet() = default;
+    /// The set with these bits, whether or not they have names.
     constexpr explicit OptionSet(Raw rawValue) : rawValue_(rawValue) {}
+    /// The union of `members`.
     constexpr OptionSet(std::initializer_list<Self> members) {
         for (const Self& member : members)
             rawValue_ = raw(rawValue_ | member.rawValue());
@@ -33,13 +36,16 @@ class OptionSet {
     [[nodiscard]] constexpr int count() const { return std::popcount(rawValue_); }
     /// Whether every member of `other` is in this set. The empty set is in every set.
     [[nodiscard]] constexpr bool contains(Self other) const { return other.isSubset(self()); }
+    /// Whether every member of this set is in `other`.
     [[nodiscard]] constexpr bool isSubset(Self other) const {
         return (rawValue_ & other.rawValue()) == rawValue_;
     }
+    /// Whether the sets have no member in common.
     [[nodiscard]] constexpr bool isDisjoint(Self other) const {
         return (rawValue_ & other.rawValue()) == 0;
     }
 
+    /// Adds and takes away all members of another set, present or not.
     constexpr void insert(Self members) { rawValue_ = (self() | members).rawValue(); }
     constexpr void remove(Self members) { rawValue_ = (self() - members).rawValue(); }
 

@@ -12,6 +12,7 @@ struct PointerSettings {
     bool isEnabled = true;
     /// The resolution that the profile asks of the mouse.
     std::int64_t dpi = 2000;
+    /// How the counts of the mouse become pixels.
     PointerCurve curve = PointerCurve::desktop;
 
     bool operator==(const PointerSettings&) const = default;

@@ -22,6 +22,8 @@ class ScrollAxes : public OptionSet<ScrollAxes, std::uint8_t> {
   public:
     using OptionSet::OptionSet;
 
+    // The axes, and the two together.
+
     static const ScrollAxes vertical;
     static const ScrollAxes horizontal;
     static const ScrollAxes both;
@@ -30,6 +32,7 @@ class ScrollAxes : public OptionSet<ScrollAxes, std::uint8_t> {
     constexpr explicit ScrollAxes(ScrollAxis axis);
 
     using OptionSet::contains;
+    /// Whether the one bit of `axis` is set.
     [[nodiscard]] constexpr bool contains(ScrollAxis axis) const {
         return contains(ScrollAxes(axis));
     }

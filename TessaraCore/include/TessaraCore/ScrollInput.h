@@ -17,6 +17,7 @@ struct ScrollInput {
     ModifierFlags modifiers = ModifierFlags::none;
     /// The time of the event on the one clock that the caller uses throughout.
     double timestampMillis = 0;
+    /// Handed on to the plan, and of no effect on it.
     DeviceID deviceID = DeviceID::unknown;
 
     bool operator==(const ScrollInput&) const = default;

@@ -61,6 +61,7 @@ class ScrollSteps {
     using value_type = ScrollStep;
     using const_iterator = const ScrollStep*;
 
+    /// An empty sequence, and one of the given steps.
     ScrollSteps() = default;
     ScrollSteps(std::initializer_list<ScrollStep> steps);
 
@@ -85,6 +86,7 @@ class ScrollSteps {
 
 class ScrollSteps::Builder {
   public:
+    /// Sets room aside for `capacity` steps, all there can be.
     explicit Builder(std::size_t capacity);
 
     /// Adds a step. The room set aside must not be full.
@@ -123,6 +125,7 @@ struct ScrollPlan {
     /// In the order of their offsets. The last one ends the gesture.
     ScrollSteps steps = {};
 
+    /// When the last step is due. From that time on the plan counts as finished.
     [[nodiscard]] double endTimestampMillis() const {
         return startTimestampMillis + durationMillis;
     }
