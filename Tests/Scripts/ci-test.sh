@@ -18,11 +18,11 @@ script lint 'exit 0'
 script run 'exit 0'
 run "$tree/.ci/run"
 expect_success 'with every stage good'
-[[ ${output##*$'\n'} == '32 passed, 0 failed' ]] || fail 'three test runs and two checks should count'
+[[ ${output##*$'\n'} == '22 passed, 0 failed' ]] || fail 'two test runs and two checks should count'
 
 script test '[[ $1 != tsan ]] || { printf "80%% tests passed, 2 tests failed out of 10\n"; exit 1; }; '"$summary"
 script lint 'exit 1'
 run "$tree/.ci/run"
 expect_failure 'with failing stages'
 expect_output 'failed: lint, thread sanitizer'
-[[ ${output##*$'\n'} == '29 passed, 3 failed' ]] || fail 'each failed test and check should count'
+[[ ${output##*$'\n'} == '19 passed, 3 failed' ]] || fail 'each failed test and check should count'
