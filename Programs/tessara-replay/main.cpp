@@ -19,9 +19,8 @@
 #include "TessaraReplay/ReplayPlot.h"
 #include "TessaraReplay/ReplaySummary.h"
 
+namespace tessara {
 namespace {
-
-using namespace tessara;
 
 constexpr int exitUnusableInput = 2;
 
@@ -38,7 +37,7 @@ std::string replay(const Recording& recording, const ReplayOptions& options, Rep
     plot.begin(std::filesystem::path(recording.name).filename());
     std::string lines;
     play(assembleInputs(recording), profile, [&](const ReplayRecord& record) {
-        plot.add(record);
+        if (options.plotFile) plot.add(record);
         if (options.wantsSummary) {
             summary.add(record);
         } else {
@@ -72,22 +71,27 @@ int run(const ReplayOptions& options) {
     return EXIT_SUCCESS;
 }
 
+int runWith(int argc, char** argv) {
+    const auto options = parseReplayOptions(argc, argv);
+    if (!options) {
+        complain(exitUnusableInput, options.error());
+        std::fputs(replayUsage, stderr);
+        return exitUnusableInput;
+    }
+    if (options->wantsHelp) {
+        std::fputs(replayUsage, stdout);
+        return EXIT_SUCCESS;
+    }
+    return run(*options);
+}
+
 }  // namespace
+}  // namespace tessara
 
 int main(int argc, char** argv) {
     try {
-        const auto options = parseReplayOptions(argc, argv);
-        if (!options) {
-            complain(exitUnusableInput, options.error());
-            std::fputs(replayUsage.data(), stderr);
-            return exitUnusableInput;
-        }
-        if (options->wantsHelp) {
-            std::fputs(replayUsage.data(), stdout);
-            return EXIT_SUCCESS;
-        }
-        return run(*options);
+        return tessara::runWith(argc, argv);
     } catch (const std::exception& error) {
-        return complain(EXIT_FAILURE, error.what());
+        return tessara::complain(EXIT_FAILURE, error.what());
     }
 }

@@ -252,7 +252,7 @@ class PanelWriter {
         const auto& first = track.clicks.empty() ? track.pixels.front() : track.clicks.front();
         double x = time_(secondsOf(first.at));
         double y = pixels_(0);
-        put("<path class=\"line {}\" d=\"M{:.2f} {:.2f}", axis, x, y);
+        put(R"(<path class="line {}" d="M{:.2f} {:.2f})", axis, x, y);
         for (const auto& point : track.pixels) {
             const double nextX = time_(secondsOf(point.at));
             const double nextY = pixels_(static_cast<double>(point.value));

@@ -49,8 +49,9 @@ std::string_view takeWord(std::string_view& rest) {
 
 template <std::integral T>
 std::errc parseWhole(std::string_view text, T& result, int base = 10) {
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, result, base);
+    const char* const begin = text.data();
+    const char* const end = begin + text.size();
+    const auto [stop, error] = std::from_chars(begin, end, result, base);
     return error == std::errc{} && stop != end ? std::errc::invalid_argument : error;
 }
 
@@ -66,10 +67,10 @@ std::expected<std::chrono::microseconds, std::string> parseTime(std::string_view
     }
     std::uint64_t seconds = 0;
     std::int64_t micros = 0;
-    if (parseWhole(whole, seconds) != std::errc{} || seconds > greatestSeconds)
+    if (parseWhole(whole, seconds) != std::errc{} || parseWhole(decimals, micros) != std::errc{} ||
+        seconds > greatestSeconds)
         return std::unexpected(
             fmt::format("the time {} lies beyond {} seconds", quoted(text), greatestSeconds));
-    parseWhole(decimals, micros);
     return std::chrono::seconds(seconds) + std::chrono::microseconds(micros);
 }
 

@@ -3,7 +3,6 @@
 #include <expected>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace tessara {
@@ -16,7 +15,7 @@ struct ReplayOptions {
     std::vector<std::string> recordings;
 };
 
-inline constexpr std::string_view replayUsage =
+inline constexpr const char* replayUsage =
     "usage: tessara-replay [--summary] [--plot FILE.svg] RECORDING...\n";
 
 /// Reads the arguments of a call, `argv` as `main` has it. Options may stand anywhere before "--".
