@@ -12,8 +12,8 @@ class DispatchQueue;
 
 /// One tap of the system's event stream, as `EventTapService::makeTap` gives it. Destroying it
 /// takes the tap out of the stream: no callback begins afterwards, an event that was on its way to
-/// it goes on unchanged, and a callback that is under way goes on to its end. It may be destroyed on
-/// any thread, by its own callback too.
+/// it goes on unchanged, and a callback that is under way goes on to its end. It may be destroyed
+/// on any thread, by its own callback too.
 class EventTap {
   public:
     virtual ~EventTap() = default;
