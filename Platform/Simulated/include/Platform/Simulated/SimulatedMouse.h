@@ -1,0 +1,188 @@
+#pragma once
+
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "Platform/Dispatch/Mutex.h"
+
+namespace tessara {
+
+/// One row of the simulated mouse's feature table; its place in the table is its index.
+struct SimulatedFeature {
+    std::uint16_t id = 0;
+    std::uint8_t type = 0;
+    std::uint8_t version = 0;
+};
+
+/// What a simulated mouse is made to be. The default is a gaming mouse with everything that the
+/// program knows, and some features that it does not.
+struct SimulatedMouseDescription {
+    struct DPIRange {
+        std::uint16_t minimum = 100;
+        std::uint16_t maximum = 25600;
+        std::uint16_t step = 50;
+    };
+    using DPIList = std::vector<std::uint16_t>;
+
+    std::string name = "Gaming Mouse With A Long Name";
+    std::array<std::uint8_t, 2> protocolVersion{4, 2};
+    std::array<std::uint8_t, 4> unitID{0x12, 0x34, 0x56, 0x78};
+    std::array<std::uint8_t, 6> modelIDs{0xC0, 0x99, 0, 0, 0, 0};
+    std::variant<DPIRange, DPIList> dpi = DPIRange{};
+    std::uint16_t defaultDPI = 800;
+    /// Bit i: an interval of i + 1 ms.
+    std::uint8_t reportRates = 0x8B;
+    std::uint8_t defaultReportInterval = 1;
+    /// Multiplier and flags of the wheel.
+    std::array<std::uint8_t, 2> wheelCapability{8, 0x0C};
+    /// Root first; FeatureSet anywhere behind it.
+    std::vector<SimulatedFeature> features = defaultFeatures();
+
+    [[nodiscard]] static std::vector<SimulatedFeature> defaultFeatures();
+};
+
+/// A model of the mouse's firmware that speaks HID++ 2.0 in bytes and nothing else: reports go in,
+/// reports come out. It knows no transport, so that it can stand behind a simulated one and behind
+/// a kernel device alike.
+///
+/// Its settings are lost when the power goes, as on the real thing. Each fault that a mouse can
+/// have is a switch of its own. All operations may be called from any thread; the output handler is
+/// called without a lock held, on the thread that caused the output.
+class SimulatedMouse {
+  public:
+    using Bytes = std::vector<std::uint8_t>;
+
+    /// What is wrong with the answer to one request.
+    enum class Fault {
+        noReply,            ///< it is carried out, and nothing is said
+        lateReply,          ///< the answer comes after `lateness`
+        replyTwice,         ///< the answer comes two times
+        shortReply,         ///< the answer ends right behind its function byte
+        wrongFeatureIndex,  ///< the answer names another feature
+        error10,            ///< HID++ 1.0 error with `errorCode`; not carried out
+        error20,            ///< HID++ 2.0 error with `errorCode`; not carried out
+        vanish,             ///< the mouse is unplugged instead of answering
+    };
+
+    /// Takes what the mouse sends: a whole report with its id in front, after `delay`.
+    using Output = std::function<void(const Bytes& report, std::chrono::nanoseconds delay)>;
+
+    explicit SimulatedMouse(SimulatedMouseDescription description = {});
+
+    SimulatedMouse(const SimulatedMouse&) = delete;
+    SimulatedMouse& operator=(const SimulatedMouse&) = delete;
+
+    // The wire.
+
+    /// Where reports go, or nowhere; one place at a time. `onVanish` is called for that fault.
+    void connect(Output output, std::function<void()> onVanish);
+    void disconnect();
+
+    /// Takes one output report, whole. What is no request is ignored, as by the firmware.
+    void receive(std::span<const std::uint8_t> report);
+
+    /// Takes the power away and gives it back: settings fall to their defaults.
+    void powerCycle();
+
+    /// Sends a notification: a report of the mouse's own accord.
+    void notify(std::uint8_t featureIndex, std::uint8_t function,
+                std::span<const std::uint8_t> payload);
+
+    /// The user turns the ratchet on or off at the mouse, which tells of it.
+    void setRatchet(bool isEngaged);
+
+    /// The user changes the resolution with the mouse's own button; the mouse says nothing.
+    void setDPIByHand(std::uint16_t dpi);
+
+    // Faults.
+
+    /// Each of the next `count` requests meets with `fault`, after those asked for before.
+    void injectFault(Fault fault, std::size_t count = 1);
+    void clearFaults();
+    void setErrorCode(std::uint8_t code);
+    void setLateness(std::chrono::nanoseconds lateness);
+
+    // What the mouse is set to.
+
+    [[nodiscard]] std::uint16_t dpi() const;
+    /// Milliseconds between two reports.
+    [[nodiscard]] std::uint8_t reportInterval() const;
+    /// Bit 0: to the host as events; bit 1: high resolution; bit 2: inverted.
+    [[nodiscard]] std::uint8_t wheelMode() const;
+    /// 1: the mouse's own profiles; 2: the host's settings.
+    [[nodiscard]] std::uint8_t onboardMode() const;
+
+    /// Requests received so far, faulty ones included.
+    [[nodiscard]] std::size_t requestCount() const;
+    /// The index of a feature in the table; nothing when it has none.
+    [[nodiscard]] std::optional<std::uint8_t> featureIndex(std::uint16_t id) const;
+
+  private:
+    struct Settings {
+        std::uint16_t dpi = 0;
+        std::uint8_t reportInterval = 0;
+        std::uint8_t wheelMode = 0;
+        std::uint8_t onboardMode = 1;
+    };
+    /// One request, taken apart.
+    struct Request {
+        std::uint8_t reportID = 0;
+        std::uint8_t deviceIndex = 0;
+        std::uint8_t featureIndex = 0;
+        std::uint8_t functionByte = 0;
+        std::span<const std::uint8_t> parameters;
+
+        [[nodiscard]] unsigned function() const { return functionByte >> 4U; }
+        [[nodiscard]] std::uint8_t parameter(std::size_t i) const {
+            return i < parameters.size() ? parameters[i] : std::uint8_t{0};
+        }
+        [[nodiscard]] std::uint16_t word(std::size_t i) const {
+            return static_cast<std::uint16_t>(parameter(i) << 8U | parameter(i + 1));
+        }
+    };
+    /// The payload of a reply, or the code of a HID++ 2.0 error.
+    using Answer = std::variant<Bytes, std::uint8_t>;
+    struct Sending {
+        Output output;
+        std::function<void()> onVanish;
+        std::vector<std::pair<Bytes, std::chrono::nanoseconds>> reports;
+        bool vanishes = false;
+    };
+
+    [[nodiscard]] Settings defaults() const;
+    void reply(const Request& request, Sending& sending) TESSARA_REQUIRES(mutex_);
+    [[nodiscard]] Answer answer(const Request& request) TESSARA_REQUIRES(mutex_);
+    [[nodiscard]] Answer answerRoot(const Request& request) const;
+    [[nodiscard]] Answer answerFeatureSet(const Request& request) const;
+    [[nodiscard]] Answer answerDeviceInformation(const Request& request) const;
+    [[nodiscard]] Answer answerName(const Request& request) const;
+    [[nodiscard]] Answer answerDPI(const Request& request) TESSARA_REQUIRES(mutex_);
+    [[nodiscard]] Answer answerReportRate(const Request& request) TESSARA_REQUIRES(mutex_);
+    [[nodiscard]] Answer answerWheel(const Request& request) TESSARA_REQUIRES(mutex_);
+    [[nodiscard]] Answer answerOnboardProfiles(const Request& request) TESSARA_REQUIRES(mutex_);
+    [[nodiscard]] bool offersDPI(std::uint16_t dpi) const;
+    void send(const Bytes& report);
+
+    const SimulatedMouseDescription description_;
+
+    mutable Mutex mutex_;
+    Settings settings_ TESSARA_GUARDED_BY(mutex_);
+    bool isRatchetEngaged_ TESSARA_GUARDED_BY(mutex_) = true;
+    Output output_ TESSARA_GUARDED_BY(mutex_);
+    std::function<void()> onVanish_ TESSARA_GUARDED_BY(mutex_);
+    std::deque<Fault> faults_ TESSARA_GUARDED_BY(mutex_);
+    std::uint8_t errorCode_ TESSARA_GUARDED_BY(mutex_) = 8;
+    std::chrono::nanoseconds lateness_ TESSARA_GUARDED_BY(mutex_) = std::chrono::seconds(2);
+    std::size_t requestCount_ TESSARA_GUARDED_BY(mutex_) = 0;
+};
+
+}  // namespace tessara
