@@ -66,6 +66,16 @@ bool RunLoop::isCurrent() const noexcept {
     return std::this_thread::get_id() == thread_.get_id();
 }
 
+void RunLoop::addNow(DispatchQueue::Block block) {
+    {
+        MutexLock lock(mutex_);
+        agenda_.add({clock_.now(), sequence_++}, std::move(block));
+        if (wakeUp_ == atWork) return;
+        wakeUp_ = atWork;
+    }
+    wake();
+}
+
 void RunLoop::wake() {
     asio::post(io_, [this] { runDue(); });
 }
@@ -76,6 +86,7 @@ void RunLoop::withdraw(const RepeatingTimer& timer) {
 }
 
 void RunLoop::run() {
+    timer_.onExpiry([this] { runDue(); });
     io_.run();
     Agenda neverRun;  // destroyed once the lock is let go
     {
@@ -88,32 +99,33 @@ void RunLoop::run() {
 /// A block that throws ends the process here.
 void RunLoop::runDue() noexcept {
     for (int i = 0; i < blocksPerRound; ++i) {
-        auto step = nextStep();
-        if (const auto* wakeUp = std::get_if<TimePoint>(&step)) {
-            sleepUntil(*wakeUp);
-            return;
-        }
-        std::get<DispatchQueue::Block>(step)();
+        auto block = takeDue();
+        if (!block) return;
+        (*block)();
     }
     wake();
 }
 
-RunLoop::Step RunLoop::nextStep() {
+std::optional<DispatchQueue::Block> RunLoop::takeDue() {
     MutexLock lock(mutex_);
-    if (ended_ || agenda_.isEmpty()) return wakeUp_ = TimePoint::max();
+    if (ended_ || agenda_.isEmpty()) {
+        setWakeUp(TimePoint::max());
+        return std::nullopt;
+    }
     const auto now = clock_.now();
-    if (agenda_.next().deadline > now) return wakeUp_ = agenda_.wakeUpTime();
+    if (agenda_.next().deadline > now) {
+        setWakeUp(agenda_.wakeUpTime());
+        return std::nullopt;
+    }
     wakeUp_ = atWork;
     return agenda_.takeNext(now, sequence_++);
 }
 
-void RunLoop::sleepUntil(TimePoint wakeUp) {
-    using SteadyClock = asio::steady_timer::clock_type;
-    if (wakeUp == TimePoint::max()) return;
-    timer_.expires_at(SteadyClock::time_point(wakeUp.time_since_epoch()));
-    timer_.async_wait([this](const asio::error_code& error) {
-        if (!error) runDue();
-    });
+void RunLoop::setWakeUp(TimePoint moment) {
+    wakeUp_ = moment;
+    if (timerIsSetTo_ == moment) return;
+    timerIsSetTo_ = moment;
+    timer_.set(moment);
 }
 
 }  // namespace tessara

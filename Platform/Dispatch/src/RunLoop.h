@@ -3,17 +3,17 @@
 #include <condition_variable>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 #include <utility>
-#include <variant>
 #include <vector>
 
 #include <asio/executor_work_guard.hpp>
 #include <asio/io_context.hpp>
-#include <asio/steady_timer.hpp>
 
 #include "Agenda.h"
+#include "DeadlineTimer.h"
 #include "Platform/Dispatch/Clock.h"
 #include "Platform/Dispatch/DispatchQueue.h"
 #include "Platform/Dispatch/Mutex.h"
@@ -53,16 +53,15 @@ class RunLoop final : public std::enable_shared_from_this<RunLoop> {
     /// has not yet run is destroyed on the thread.
     void end();
 
-    /// Takes on a block or a timer.
+    /// Takes on a block that is due now.
+    void addNow(DispatchQueue::Block block);
+
+    /// Takes on a delayed block or a timer. Does not wake the thread before the deadline.
     template <typename Work>
     void add(TimePoint deadline, Work work) {
-        {
-            MutexLock lock(mutex_);
-            agenda_.add({deadline, sequence_++}, std::move(work));
-            if (deadline >= wakeUp_) return;
-            wakeUp_ = atWork;
-        }
-        wake();
+        MutexLock lock(mutex_);
+        agenda_.add({deadline, sequence_++}, std::move(work));
+        if (deadline < wakeUp_) setWakeUp(agenda_.wakeUpTime());
     }
 
     void withdraw(const RepeatingTimer& timer);
@@ -72,17 +71,14 @@ class RunLoop final : public std::enable_shared_from_this<RunLoop> {
     [[nodiscard]] const Clock& clock() const noexcept { return clock_; }
 
   private:
-    /// While the loop is at work, or has been told to go to work, it need not be told.
+    /// What `wakeUp_` is while the loop is at work, or has been told to go to work.
     static constexpr TimePoint atWork = TimePoint::min();
-
-    /// The block to run next, or the moment to sleep until.
-    using Step = std::variant<DispatchQueue::Block, TimePoint>;
 
     void wake();
     void run();
     void runDue() noexcept;
-    [[nodiscard]] Step nextStep();
-    void sleepUntil(TimePoint wakeUp);
+    [[nodiscard]] std::optional<DispatchQueue::Block> takeDue();
+    void setWakeUp(TimePoint moment) TESSARA_REQUIRES(mutex_);
 
     const SystemClock clock_;
     const std::shared_ptr<DepartingThreads> departing_;
@@ -90,13 +86,14 @@ class RunLoop final : public std::enable_shared_from_this<RunLoop> {
 
     asio::io_context io_{1};  // one thread runs it
     const asio::executor_work_guard<asio::io_context::executor_type> work_{io_.get_executor()};
-    asio::steady_timer timer_{io_};  // the loop's thread
 
     Mutex mutex_;
+    DeadlineTimer timer_{io_};  // set under the lock, waited for on the loop's thread
+    TimePoint timerIsSetTo_ TESSARA_GUARDED_BY(mutex_) = TimePoint::max();
     bool ended_ TESSARA_GUARDED_BY(mutex_) = false;
     std::uint64_t sequence_ TESSARA_GUARDED_BY(mutex_) = 0;
     Agenda agenda_ TESSARA_GUARDED_BY(mutex_);
-    /// When the loop looks at the agenda next without being told to.
+    /// When the loop looks at the agenda next without being told.
     TimePoint wakeUp_ TESSARA_GUARDED_BY(mutex_) = TimePoint::max();
 };
 

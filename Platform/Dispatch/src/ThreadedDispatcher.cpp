@@ -22,7 +22,7 @@ class ThreadedDispatcher::Queue final : public DispatchQueue,
     }
     ~Queue() override { loop_->end(); }
 
-    void post(Block block) override { loop_->add(clock().now(), std::move(block)); }
+    void post(Block block) override { loop_->addNow(std::move(block)); }
 
     void postAt(TimePoint deadline, Block block) override {
         loop_->add(deadline, std::move(block));
