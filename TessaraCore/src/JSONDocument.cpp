@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <type_traits>
 #include <utility>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "TessaraCore/Overloaded.h"
 #include "Text.h"
 
 namespace tessara {
@@ -58,39 +60,20 @@ JSONSyntaxError errorAt(std::size_t offset, std::string_view text, std::string_v
 /// Takes what the parser of the JSON library reports and lays it out in the nodes of a document.
 class JSONDocumentBuilder {
   public:
-    bool null() {
-        add(JSONDocument::Kind::null);
-        return true;
-    }
-    bool boolean(bool value) {
-        add(JSONDocument::Kind::boolean).boolean = value;
-        return true;
-    }
-    bool number_integer(std::int64_t value) {
-        add(JSONDocument::Kind::integer).integer = value;
-        return true;
-    }
-    bool number_unsigned(std::uint64_t value) {
-        add(JSONDocument::Kind::unsignedInteger).unsignedInteger = value;
-        return true;
-    }
-    bool number_float(double value, const std::string&) {
-        add(JSONDocument::Kind::number).number = value;
-        return true;
-    }
-    bool string(const std::string& value) {
-        const JSONDocument::Text text = keep(value);
-        add(JSONDocument::Kind::string).string = text;
-        return true;
-    }
+    bool null() { return add(std::monostate{}); }
+    bool boolean(bool value) { return add(value); }
+    bool number_integer(std::int64_t value) { return add(value); }
+    bool number_unsigned(std::uint64_t value) { return add(value); }
+    bool number_float(double value, const std::string&) { return add(value); }
+    bool string(const std::string& value) { return add(keep(value)); }
     bool binary(const nlohmann::json::binary_t&) { return false; }  // JSON has none
     bool key(const std::string& value) {
         key_ = keep(value);
         return true;
     }
-    bool start_object(std::size_t) { return open(JSONDocument::Kind::object); }
+    bool start_object(std::size_t) { return open(JSONDocument::Object{}); }
     bool end_object() { return close(); }
-    bool start_array(std::size_t) { return open(JSONDocument::Kind::array); }
+    bool start_array(std::size_t) { return open(JSONDocument::Array{}); }
     bool end_array() { return close(); }
     bool parse_error(std::size_t position, const std::string&,
                      const nlohmann::json::exception& exception) {
@@ -117,21 +100,20 @@ class JSONDocumentBuilder {
         document_.characters_ += text;
         return {.offset = offset, .length = text.size()};
     }
-    JSONDocument::Node& add(JSONDocument::Kind kind) {
-        JSONDocument::Node& node = document_.nodes_.emplace_back();
-        node.key = std::exchange(key_, {});
-        node.kind = kind;
-        node.end = document_.nodes_.size();
-        return node;
+    template <typename Value>
+    bool add(Value value) {
+        document_.nodes_.push_back(
+            {.value = value, .key = std::exchange(key_, {}), .end = document_.nodes_.size() + 1});
+        return true;
     }
-    bool open(JSONDocument::Kind kind) {
+    template <typename Value>
+    bool open(Value value) {
         if (open_.size() == JSONDocument::maximumDepth) {
             isTooDeep_ = true;
             return false;
         }
         open_.push_back(document_.nodes_.size());
-        add(kind);
-        return true;
+        return add(value);
     }
     bool close() {
         document_.nodes_[open_.back()].end = document_.nodes_.size();
@@ -163,69 +145,52 @@ JSONValue JSONDocument::root() const {
 }
 
 std::optional<bool> JSONValue::boolean() const {
-    if (node().kind != JSONDocument::Kind::boolean) return std::nullopt;
-    return node().boolean;
+    const bool* value = std::get_if<bool>(&node().value);
+    return value == nullptr ? std::nullopt : std::optional(*value);
 }
 
 std::optional<std::string_view> JSONValue::string() const {
-    if (node().kind != JSONDocument::Kind::string) return std::nullopt;
-    return document_->view(node().string);
-}
-
-std::optional<double> JSONValue::number() const {
-    switch (node().kind) {
-        case JSONDocument::Kind::integer:
-            return static_cast<double>(node().integer);
-        case JSONDocument::Kind::unsignedInteger:
-            return static_cast<double>(node().unsignedInteger);
-        case JSONDocument::Kind::number:
-            return node().number;
-        default:
-            return std::nullopt;
-    }
+    const auto* text = std::get_if<JSONDocument::Text>(&node().value);
+    return text == nullptr ? std::nullopt : std::optional(document_->view(*text));
 }
 
 namespace {
 
-/// `value` as an integer, when it has no fraction and lies in `lower` to below `upper`.
-template <typename T>
-std::optional<T> whole(double value, double lower, double upper) {
-    if (!(value >= lower && value < upper) || std::trunc(value) != value) return std::nullopt;
-    return static_cast<T>(value);
-}
-
-template <typename T, typename From>
-std::optional<T> inRange(From value) {
-    if (!std::in_range<T>(value)) return std::nullopt;
-    return static_cast<T>(value);
+/// `value` as an integer, when it is a number without a fraction that lies in `lower` to below
+/// `upper`, which are the limits of `T`.
+template <typename T, typename Value>
+std::optional<T> whole(const Value& value, double lower, double upper) {
+    if constexpr (std::is_same_v<Value, double>) {
+        if (value >= lower && value < upper && std::trunc(value) == value) {
+            return static_cast<T>(value);
+        }
+    } else if constexpr (std::is_integral_v<Value> && !std::is_same_v<Value, bool>) {
+        if (std::in_range<T>(value)) return static_cast<T>(value);
+    }
+    return std::nullopt;
 }
 
 }  // namespace
 
-std::optional<std::int64_t> JSONValue::signedInteger() const {
-    switch (node().kind) {
-        case JSONDocument::Kind::integer:
-            return node().integer;
-        case JSONDocument::Kind::unsignedInteger:
-            return inRange<std::int64_t>(node().unsignedInteger);
-        case JSONDocument::Kind::number:
-            return whole<std::int64_t>(node().number, -0x1p63, 0x1p63);
-        default:
+std::optional<double> JSONValue::number() const {
+    return std::visit(
+        []<typename Value>(const Value& value) -> std::optional<double> {
+            if constexpr (std::is_arithmetic_v<Value> && !std::is_same_v<Value, bool>) {
+                return static_cast<double>(value);
+            }
             return std::nullopt;
-    }
+        },
+        node().value);
+}
+
+std::optional<std::int64_t> JSONValue::signedInteger() const {
+    return std::visit([](const auto& value) { return whole<std::int64_t>(value, -0x1p63, 0x1p63); },
+                      node().value);
 }
 
 std::optional<std::uint64_t> JSONValue::unsignedInteger() const {
-    switch (node().kind) {
-        case JSONDocument::Kind::integer:
-            return inRange<std::uint64_t>(node().integer);
-        case JSONDocument::Kind::unsignedInteger:
-            return node().unsignedInteger;
-        case JSONDocument::Kind::number:
-            return whole<std::uint64_t>(node().number, 0, 0x1p64);
-        default:
-            return std::nullopt;
-    }
+    return std::visit([](const auto& value) { return whole<std::uint64_t>(value, 0, 0x1p64); },
+                      node().value);
 }
 
 JSONValue::Children JSONValue::children() const {
@@ -243,25 +208,18 @@ std::optional<JSONValue> JSONValue::member(std::string_view key) const {
 }
 
 std::string JSONValue::description() const {
-    switch (node().kind) {
-        case JSONDocument::Kind::null:
-            return "null";
-        case JSONDocument::Kind::boolean:
-            return "a boolean";
-        case JSONDocument::Kind::integer:
-            return fmt::format("the number {}", node().integer);
-        case JSONDocument::Kind::unsignedInteger:
-            return fmt::format("the number {}", node().unsignedInteger);
-        case JSONDocument::Kind::number:
-            return fmt::format("the number {}", node().number);
-        case JSONDocument::Kind::string:
-            return "a string";
-        case JSONDocument::Kind::array:
-            return "an array";
-        case JSONDocument::Kind::object:
-            return "an object";
-    }
-    return {};
+    const auto number = [](auto value) { return fmt::format("the number {}", value); };
+    return std::visit(Overloaded{
+                          [](std::monostate) -> std::string { return "null"; },
+                          [](bool) -> std::string { return "a boolean"; },
+                          [&](std::int64_t value) { return number(value); },
+                          [&](std::uint64_t value) { return number(value); },
+                          [&](double value) { return number(value); },
+                          [](JSONDocument::Text) -> std::string { return "a string"; },
+                          [](JSONDocument::Array) -> std::string { return "an array"; },
+                          [](JSONDocument::Object) -> std::string { return "an object"; },
+                      },
+                      node().value);
 }
 
 }  // namespace tessara

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 #include "TessaraCore/JSONError.h"
@@ -35,36 +36,19 @@ class JSONDocument {
     friend class JSONValue;
     friend class JSONDocumentBuilder;
 
-    enum class Kind : std::uint8_t {
-        null,
-        boolean,
-        integer,
-        unsignedInteger,
-        number,
-        string,
-        array,
-        object
-    };
-
     /// A part of `characters_`. Not a view, because the characters move as they grow in number.
     struct Text {
         std::size_t offset = 0;
         std::size_t length = 0;
     };
+    struct Array {};
+    struct Object {};
     /// One value. The values inside an array or object follow it directly, up to `end`.
     struct Node {
-        union {
-            bool boolean;
-            std::int64_t integer;
-            std::uint64_t unsignedInteger;
-            double number;
-            Text string;
-        };
+        std::variant<std::monostate, bool, std::int64_t, std::uint64_t, double, Text, Array, Object>
+            value;            // nothing stands for null
         Text key;             // of a member of an object
         std::size_t end = 0;  // the index of the next value that is not inside this one
-        Kind kind = Kind::null;
-
-        Node() : integer(0) {}
     };
 
     JSONDocument() = default;
@@ -95,9 +79,9 @@ class JSONValue {
     [[nodiscard]] std::optional<std::int64_t> signedInteger() const;
     [[nodiscard]] std::optional<std::uint64_t> unsignedInteger() const;
 
-    [[nodiscard]] bool isNull() const { return node().kind == JSONDocument::Kind::null; }
-    [[nodiscard]] bool isArray() const { return node().kind == JSONDocument::Kind::array; }
-    [[nodiscard]] bool isObject() const { return node().kind == JSONDocument::Kind::object; }
+    [[nodiscard]] bool isNull() const { return is<std::monostate>(); }
+    [[nodiscard]] bool isArray() const { return is<JSONDocument::Array>(); }
+    [[nodiscard]] bool isObject() const { return is<JSONDocument::Object>(); }
 
     /// The key of a member of an object; empty for any other value.
     [[nodiscard]] std::string_view key() const { return document_->view(node().key); }
@@ -117,6 +101,10 @@ class JSONValue {
     JSONValue(const JSONDocument* document, std::size_t index)
         : document_(document), index_(index) {}
     [[nodiscard]] const JSONDocument::Node& node() const { return document_->nodes_[index_]; }
+    template <typename T>
+    [[nodiscard]] bool is() const {
+        return std::holds_alternative<T>(node().value);
+    }
 
     const JSONDocument* document_;
     std::size_t index_;
