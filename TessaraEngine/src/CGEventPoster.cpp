@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "Platform/EventServices.h"
+#include "Platform/MouseEvents.h"
 #include "TessaraCore/Precondition.h"
 #include "TessaraEngine/CGEventFlags.h"
 #include "TessaraEngine/TessaraEventTag.h"
@@ -21,12 +22,6 @@ std::int64_t fieldValue(ScrollPhase phase) {
             return 4;
     }
     preconditionFailed("a scroll phase that is none of the cases");
-}
-
-CGEventType mouseEventType(std::int64_t number, bool isDown) {
-    if (number == 0) return isDown ? CGEventType::leftMouseDown : CGEventType::leftMouseUp;
-    if (number == 1) return isDown ? CGEventType::rightMouseDown : CGEventType::rightMouseUp;
-    return isDown ? CGEventType::otherMouseDown : CGEventType::otherMouseUp;
 }
 
 }  // namespace
@@ -84,8 +79,9 @@ void CGEventPoster::postMouseButton(std::int64_t number, bool isDown) {
     const auto present = services_.makeEvent();
     const CGPoint location = present ? present->location : CGPoint{};
     const auto button = static_cast<std::uint32_t>(std::max<std::int64_t>(number, 0));
+    const auto types = mouseEventTypes(number);
     auto event =
-        services_.makeMouseEvent(*source, mouseEventType(number, isDown), location, button);
+        services_.makeMouseEvent(*source, isDown ? types.down : types.up, location, button);
     if (!event) return;
     event->setIntegerValue(CGEventField::mouseEventButtonNumber, number);
     tagAsTessaraEmitted(*event);

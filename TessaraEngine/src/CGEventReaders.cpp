@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "Platform/CGEvent.h"
+#include "Platform/MouseEvents.h"
 #include "TessaraEngine/CGEventFlags.h"
 #include "TessaraEngine/MonotonicClock.h"
 
@@ -23,28 +24,12 @@ std::optional<ScrollInput> scrollInput(const CGEvent& event, DeviceID deviceID,
 }
 
 std::optional<ButtonEvent> buttonEvent(const CGEvent& event, const MonotonicClock& clock) {
-    const auto read = [&](std::int64_t button, bool isDown) {
-        return ButtonEvent{.button = button,
-                           .isDown = isDown,
-                           .modifiers = modifierFlags(event.flags),
-                           .timestampMillis = clock.timestamp(event)};
-    };
-    switch (event.type) {
-        case CGEventType::leftMouseDown:
-            return read(0, true);
-        case CGEventType::leftMouseUp:
-            return read(0, false);
-        case CGEventType::rightMouseDown:
-            return read(1, true);
-        case CGEventType::rightMouseUp:
-            return read(1, false);
-        case CGEventType::otherMouseDown:
-            return read(event.integerValue(CGEventField::mouseEventButtonNumber), true);
-        case CGEventType::otherMouseUp:
-            return read(event.integerValue(CGEventField::mouseEventButtonNumber), false);
-        default:
-            return std::nullopt;
-    }
+    const auto change = mouseButtonChange(event);
+    if (!change) return std::nullopt;
+    return ButtonEvent{.button = change->button,
+                       .isDown = change->isDown,
+                       .modifiers = modifierFlags(event.flags),
+                       .timestampMillis = clock.timestamp(event)};
 }
 
 std::optional<PointerMotion> pointerMotion(const CGEvent& event, DeviceID deviceID,

@@ -11,6 +11,7 @@
 #include "Platform/Dispatch/DispatchQueue.h"
 #include "Platform/Dispatch/Mutex.h"
 #include "Platform/HIDEventSystem.h"
+#include "Platform/MouseEvents.h"
 
 namespace tessara {
 namespace {
@@ -32,28 +33,10 @@ struct Abilities {
     bool identifiesEvents;
 };
 
-/// The types whose events name their sender in a field of their own.
-bool namesSenderInField(CGEventType type) {
-    switch (type) {
-        case CGEventType::leftMouseDown:
-        case CGEventType::leftMouseUp:
-        case CGEventType::rightMouseDown:
-        case CGEventType::rightMouseUp:
-        case CGEventType::leftMouseDragged:
-        case CGEventType::rightMouseDragged:
-        case CGEventType::otherMouseDown:
-        case CGEventType::otherMouseUp:
-        case CGEventType::otherMouseDragged:
-            return true;
-        default:
-            return false;
-    }
-}
-
 /// The sender's identifier; 0 when the event has none.
 std::uint64_t deviceSenderID(const HIDEventSystem& system, const CGEvent& event) {
     const std::uint64_t sender = system.senderID(event).value_or(0);
-    if (sender != 0 || !namesSenderInField(event.type)) return sender;
+    if (sender != 0 || !isButtonOrDragEvent(event.type)) return sender;
     const std::int64_t field = event.integerValue(CGEventField::mouseEventSenderID);
     return field >= 1 ? static_cast<std::uint64_t>(field) : 0;
 }

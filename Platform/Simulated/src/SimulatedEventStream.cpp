@@ -3,7 +3,7 @@
 #include <atomic>
 #include <utility>
 
-#include "EventKinds.h"
+#include "Platform/MouseEvents.h"
 #include "Platform/Simulated/SimulatedApplication.h"
 #include "Platform/Simulated/SimulatedDisplays.h"
 #include "Platform/Simulated/SimulatedEventTaps.h"
@@ -158,7 +158,9 @@ void SimulatedEventStream::finish(bool isThrough) {
 void SimulatedEventStream::deliver(SimulatedPassage& passage) {
     const CGEvent& event = *passage.delivered;
     parts_.sessionState->apply(event);
-    if (isMouseEvent(event.type)) parts_.displays->moveCursor(event.location);
+    if (event.type == CGEventType::mouseMoved || isButtonOrDragEvent(event.type)) {
+        parts_.displays->moveCursor(event.location);
+    }
     if (auto* application = parts_.workspace->frontmost()) {
         passage.application = application;
         application->receive(event);

@@ -4,8 +4,8 @@
 
 #include <fmt/format.h>
 
-#include "EventKinds.h"
 #include "Platform/Dispatch/Clock.h"
+#include "Platform/MouseEvents.h"
 #include "Platform/Simulated/SimulatedDevices.h"
 #include "Platform/Simulated/SimulatedDisplays.h"
 #include "Platform/Simulated/SimulatedEventStream.h"

@@ -1,6 +1,7 @@
 #include "Platform/Simulated/SimulatedInputState.h"
 
 #include "Platform/ModifierKeys.h"
+#include "Platform/MouseEvents.h"
 
 namespace tessara {
 namespace {
@@ -33,33 +34,16 @@ void note(std::set<Value>& held, Value value, bool isDown) {
 
 void SimulatedInputState::apply(const CGEvent& event) {
     MutexLock lock(mutex_);
-    switch (event.type) {
-        case CGEventType::leftMouseDown:
-        case CGEventType::leftMouseUp:
-            note(buttons_, std::int64_t{0}, event.type == CGEventType::leftMouseDown);
-            break;
-        case CGEventType::rightMouseDown:
-        case CGEventType::rightMouseUp:
-            note(buttons_, std::int64_t{1}, event.type == CGEventType::rightMouseDown);
-            break;
-        case CGEventType::otherMouseDown:
-        case CGEventType::otherMouseUp:
-            note(buttons_, event.integerValue(CGEventField::mouseEventButtonNumber),
-                 event.type == CGEventType::otherMouseDown);
-            break;
-        case CGEventType::keyDown:
-        case CGEventType::keyUp:
-            note(keys_, keyCode(event), event.type == CGEventType::keyDown);
-            break;
-        case CGEventType::flagsChanged:
-            if (keyCode(event) == capsLockKeyCode) {
-                isCapsLockOn_ = (event.flags & CGEventFlagMask::alphaShift) != 0;
-            } else if (const auto* modifier = findModifierKey(keyCode(event))) {
-                note(keys_, modifier->code, saysDown(*modifier, event.flags));
-            }
-            break;
-        default:
-            break;
+    if (const auto change = mouseButtonChange(event)) {
+        note(buttons_, change->button, change->isDown);
+    } else if (event.type == CGEventType::keyDown || event.type == CGEventType::keyUp) {
+        note(keys_, keyCode(event), event.type == CGEventType::keyDown);
+    } else if (event.type == CGEventType::flagsChanged) {
+        if (keyCode(event) == capsLockKeyCode) {
+            isCapsLockOn_ = (event.flags & CGEventFlagMask::alphaShift) != 0;
+        } else if (const auto* modifier = findModifierKey(keyCode(event))) {
+            note(keys_, modifier->code, saysDown(*modifier, event.flags));
+        }
     }
 }
 

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <utility>
 
-#include "EventKinds.h"
+#include "Platform/MouseEvents.h"
 #include "Platform/Simulated/SimulatedDevices.h"
 #include "Platform/Simulated/SimulatedDisplays.h"
 #include "Platform/Simulated/SimulatedHardware.h"
