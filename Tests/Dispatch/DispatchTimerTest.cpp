@@ -140,6 +140,14 @@ TEST_P(DispatchTimerTest, a_handler_may_be_the_last_to_let_go_of_its_queue) {
     EXPECT_EQ(firings, 1);
 }
 
+TEST_P(DispatchTimerTest, from_the_beginning_of_time_with_the_longest_interval_fires_once) {
+    timer = queue->startTimer(TimePoint::min(), nanoseconds::max(), nanoseconds::max(),
+                              [&] { ++firings; });
+    runReady();
+    runReady();
+    EXPECT_EQ(firings, 1);
+}
+
 class VirtualTimerTest : public testing::VirtualTimeTest {
   protected:
     std::shared_ptr<DispatchQueue> queue =
@@ -173,13 +181,6 @@ TEST_F(VirtualTimerTest, that_is_due_on_a_multiple_takes_it_and_not_the_same_aga
                                          [&] { fired.push_back(dispatcher.now() - start); });
     EXPECT_EQ(dispatcher.runReady(), 1);
     EXPECT_EQ(dispatcher.nextDeadline(), start + milliseconds(3));
-}
-
-TEST_F(VirtualTimerTest, with_the_longest_interval_fires_once_and_never_overflows) {
-    const auto timer = queue->startTimer(TimePoint::min(), nanoseconds::max(), nanoseconds::max(),
-                                         [&] { fired.push_back(dispatcher.now() - start); });
-    EXPECT_EQ(dispatcher.runReady(), 1);
-    EXPECT_GT(dispatcher.nextDeadline(), start + std::chrono::years(100));
 }
 
 TEST(ThreadedTimer, cancelled_from_elsewhere_begins_no_firing_afterwards) {

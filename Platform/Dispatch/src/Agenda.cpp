@@ -4,6 +4,7 @@
 #include <iterator>
 #include <utility>
 
+#include "LaterBy.h"
 #include "RepeatingTimer.h"
 
 namespace tessara {
@@ -24,9 +25,8 @@ void Agenda::push(Item item) {
 
 TimePoint Agenda::wakeUpTime() const noexcept {
     const auto latest = [](const Item& item) {
-        const auto deadline = item.due.deadline;
-        if (!item.timer) return deadline;
-        return deadline + std::min(item.timer->leeway(), TimePoint::max() - deadline);
+        if (!item.timer) return item.due.deadline;
+        return laterBy(item.due.deadline, item.timer->leeway()).value_or(TimePoint::max());
     };
     auto earliest = latest(items_.front());
     if (earliest == next().deadline) return earliest;

@@ -17,6 +17,7 @@
 #include <fmt/format.h>
 
 #include "Agenda.h"
+#include "LaterBy.h"
 #include "Platform/Dispatch/Mutex.h"
 #include "QueueExecutor.h"
 #include "RepeatingTimer.h"
@@ -320,9 +321,9 @@ std::size_t ManualDispatcher::runReady() {
 std::size_t ManualDispatcher::advance(std::chrono::nanoseconds duration) {
     core_->requireOutside("advance()");
     if (duration < duration.zero()) stop("ManualDispatcher: advance() by less than nothing");
-    if (duration > TimePoint::max() - now())
-        stop("ManualDispatcher: advance() past the end of time");
-    return core_->advanceTo(now() + duration);
+    const auto end = laterBy(now(), duration);
+    if (!end) stop("ManualDispatcher: advance() past the end of time");
+    return core_->advanceTo(*end);
 }
 
 std::size_t ManualDispatcher::advanceTo(TimePoint moment) {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "LaterBy.h"
 #include "Stop.h"
 
 namespace tessara {
@@ -23,8 +24,7 @@ TimePoint RepeatingTimer::deadlineAfter(TimePoint deadline, TimePoint now) const
     const auto sinceMultiple = passed % static_cast<std::uint64_t>(interval_.count());
     const auto toNext =
         interval_ - std::chrono::nanoseconds{static_cast<std::int64_t>(sinceMultiple)};
-    if (toNext > TimePoint::max() - now) return TimePoint::max();
-    return now + toNext;
+    return laterBy(now, toNext).value_or(TimePoint::max());
 }
 
 void RepeatingTimer::fire() {
