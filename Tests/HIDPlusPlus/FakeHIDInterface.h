@@ -18,7 +18,7 @@ class FakeHIDInterface final : public HIDInterface,
   public:
     using Bytes = std::vector<std::uint8_t>;
 
-    // Set before the interface is in use, or on the queue that reads them.
+    // Set before the interface is in use, or on the queue that listens.
     HIDInterfaceProperties described{.vendorID = 0x046D,
                                      .productID = 0xC099,
                                      .product = "Gaming Mouse",
@@ -26,16 +26,17 @@ class FakeHIDInterface final : public HIDInterface,
                                      .maxOutputReportSize = 20,
                                      .usagePairs = {{0xFF00, 1}}};
     std::uint64_t id = 77;
-    IOReturn openResult = IOReturn::success;
+    std::atomic<IOReturn> openResult = IOReturn::success;
     std::atomic<IOReturn> writeResult = IOReturn::success;
     /// Runs inside each write that is taken, on the writer's queue.
     std::function<void(const Bytes& report)> onWrite;
 
     std::atomic<bool> isOpen = false;
     std::atomic<bool> isGone = false;
-    int openCount = 0;
-    int closeCount = 0;
+    std::atomic<int> openCount = 0;
+    std::atomic<int> closeCount = 0;
     std::vector<Bytes> written;
+    bool keepsWritten = true;
 
     bool isListenedTo() const { return static_cast<bool>(handler_); }
 
@@ -82,8 +83,9 @@ class FakeHIDInterface final : public HIDInterface,
         if (!isOpen) return IOReturn::notOpen;
         if (report.empty() || report.front() != reportID) return IOReturn::badArgument;
         if (writeResult != IOReturn::success) return writeResult;
-        written.emplace_back(report.begin(), report.end());
-        if (onWrite) onWrite(written.back());
+        const Bytes taken(report.begin(), report.end());
+        if (keepsWritten) written.push_back(taken);
+        if (onWrite) onWrite(taken);
         return IOReturn::success;
     }
 

@@ -12,15 +12,19 @@
 #include "FakeHIDInterface.h"
 #include "FakeHIDTransport.h"
 #include "HIDPlusPlus/HIDPPFeature.h"
+#include "Platform/Dispatch/Mutex.h"
 
 namespace tessara {
 
 /// A mouse of a few bytes behind a fake interface: a feature table, and for each function of a
-/// feature the payload it answers with. What it does not know it refuses with error 7.
+/// feature the payload it answers with. What it does not know it refuses with error 7. Answers,
+/// gate and meddling run one at a time, on the queues of the writers.
 class ScriptedMouse {
   public:
     using Bytes = std::vector<std::uint8_t>;
     using Answer = std::function<Bytes(const Bytes& parameters)>;
+    /// A report that the mouse sends, and how long after the request.
+    using Emission = std::pair<std::chrono::nanoseconds, Bytes>;
 
     /// The identifiers of the features, in the order of their indices.
     std::vector<std::uint16_t> table{0x0000, 0x0001, 0x0003, 0x0005, 0x2121,
@@ -29,10 +33,13 @@ class ScriptedMouse {
 
     /// Called with each request before it is answered; false swallows the request.
     std::function<bool(const Bytes& request)> gate;
+    /// What the mouse sends instead of its reply.
+    std::function<std::vector<Emission>(const Bytes& request, Bytes reply)> meddle;
     /// How long each reply takes.
     std::chrono::nanoseconds replyDelay{0};
     /// Every request the mouse saw, over all its plugs.
     std::vector<Bytes> requests;
+    bool keepsRequests = true;
 
     /// The interface of the present plug that carries the protocol.
     std::shared_ptr<FakeHIDInterface> interface;
@@ -69,7 +76,9 @@ class ScriptedMouse {
         keyboard->described.maxOutputReportSize = 19;
         interface = std::make_shared<FakeHIDInterface>();
         interface->openResult = openResult;
-        interface->onWrite = [this](const Bytes& request) { receive(request); };
+        interface->keepsWritten = keepsRequests;
+        interface->onWrite = [this, weakInterface = std::weak_ptr(interface)](
+                                 const Bytes& request) { receive(request, weakInterface); };
         transport_.plug({pointer, keyboard, interface});
     }
 
@@ -78,7 +87,7 @@ class ScriptedMouse {
     /// Sends a report of the mouse's own accord.
     void send(Bytes report) { interface->deliverLater(*linkQueue_, std::move(report)); }
 
-    /// Requests to a feature since the last call with any.
+    /// The requests since the last call.
     std::vector<Bytes> takeRequests() { return std::exchange(requests, {}); }
 
   private:
@@ -89,33 +98,38 @@ class ScriptedMouse {
         return {static_cast<std::uint8_t>(row - table.begin()), 0, 1};
     }
 
-    void receive(const Bytes& request) {
-        requests.push_back(request);
+    void receive(const Bytes& request, const std::weak_ptr<FakeHIDInterface>& weakInterface) {
+        MutexLock lock(mutex_);
+        if (keepsRequests) requests.push_back(request);
         if (gate && !gate(request)) return;
-        reply(request);
+        const auto asked = weakInterface.lock();
+        if (!asked) return;
+        auto reply = replyTo(request);
+        const auto emissions = meddle ? meddle(request, std::move(reply))
+                                      : std::vector<Emission>{{replyDelay, std::move(reply)}};
+        for (const auto& [delay, report] : emissions) {
+            const auto now = linkQueue_->clock().now();
+            linkQueue_->postAt(now + delay,
+                               [weakInterface, report, opening = asked->openCount.load()] {
+                                   // A reply does not outlive the opening under which it was asked
+                                   // for.
+                                   const auto alive = weakInterface.lock();
+                                   if (alive && !alive->isGone && alive->openCount == opening)
+                                       alive->deliver(report);
+                               });
+        }
     }
 
-    void reply(const Bytes& request) {
-        Bytes report(20, 0);
-        report[0] = 0x11;
-        report[1] = request[1];
+    Bytes replyTo(const Bytes& request) const {
         const auto payload = payloadFor(request);
-        if (payload) {
-            report.resize(4);
-            report[2] = request[2];
-            report[3] = request[3];
-            report.insert(report.end(), payload->begin(), payload->end());
-        } else {
-            report[2] = 0xFF;
-            report[3] = request[2];
-            report[4] = request[3];
-            report[5] = 7;
+        if (!payload) {
+            Bytes refusal{0x11, request[1], 0xFF, request[2], request[3], 7};
+            refusal.resize(20);
+            return refusal;
         }
-        const auto now = linkQueue_->clock().now();
-        linkQueue_->postAt(now + replyDelay, [weakInterface = std::weak_ptr(interface), report] {
-            const auto alive = weakInterface.lock();
-            if (alive && !alive->isGone) alive->deliver(report);
-        });
+        Bytes reply{0x11, request[1], request[2], request[3]};
+        reply.insert(reply.end(), payload->begin(), payload->end());
+        return reply;
     }
 
     std::optional<Bytes> payloadFor(const Bytes& request) const {
@@ -128,6 +142,7 @@ class ScriptedMouse {
 
     FakeHIDTransport& transport_;
     const std::shared_ptr<DispatchQueue> linkQueue_;
+    Mutex mutex_;
 };
 
 }  // namespace tessara
