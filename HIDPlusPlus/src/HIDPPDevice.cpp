@@ -1,5 +1,7 @@
 #include "HIDPlusPlus/HIDPPDevice.h"
 
+#include <functional>
+#include <optional>
 #include <type_traits>
 #include <utility>
 
@@ -20,43 +22,70 @@ namespace tessara {
 namespace {
 
 using Core = std::shared_ptr<HIDPPDeviceCore>;
+using Work = std::function<asio::awaitable<void>(HIDPPDeviceCore&)>;
 
-/// Runs `operation(core)`, which gives an awaitable, on the device's queue. The core lives until it
-/// has ended, and a cancellation of the caller does not reach it.
-template <typename Operation>
-auto onQueue(Core core, Operation operation) {
+/// Does `work` on the device's queue. The core lives until it has ended, and a cancellation of the
+/// caller does not reach it. This is the one place where a coroutine is started, and no template:
+/// it is Asio's part in this that takes long to compile.
+asio::awaitable<void> runOnQueue(Core core, Work work) {
     auto executor = core->queue()->executor();
-    return asio::co_spawn(
-        std::move(executor),
-        [core = std::move(core), operation = std::move(operation)] { return operation(*core); },
+    auto run = [core = std::move(core), work = std::move(work)] { return work(*core); };
+    co_await asio::co_spawn(
+        std::move(executor), std::move(run),
         asio::bind_cancellation_slot(asio::cancellation_slot(), asio::use_awaitable));
+}
+
+template <typename T>
+asio::awaitable<void> keep(asio::awaitable<T> operation, std::shared_ptr<std::optional<T>> result) {
+    *result = co_await std::move(operation);
+}
+
+/// Runs `operation(core)` on the device's queue and gives its result. The result is shared: the
+/// caller may be gone before the operation has ended.
+template <typename T>
+asio::awaitable<T> onQueue(Core core,
+                           std::function<asio::awaitable<T>(HIDPPDeviceCore&)> operation) {
+    const auto result = std::make_shared<std::optional<T>>();
+    Work work = [operation = std::move(operation), result](HIDPPDeviceCore& device) {
+        return keep(operation(device), result);
+    };
+    co_await runOnQueue(std::move(core), std::move(work));
+    co_return std::move(**result);
+}
+
+template <typename T>
+asio::awaitable<T> ready(T value) {
+    co_return value;
 }
 
 /// Reads `value(core)` on the device's queue.
 template <typename Value>
 auto readOnQueue(Core core, Value value) {
-    using Result = std::invoke_result_t<Value, HIDPPDeviceCore&>;
-    return onQueue(std::move(core),
-                   [value = std::move(value)](HIDPPDeviceCore& device) -> asio::awaitable<Result> {
-                       co_return value(device);
-                   });
+    using T = std::invoke_result_t<Value, HIDPPDeviceCore&>;
+    return onQueue<T>(std::move(core),
+                      [value](HIDPPDeviceCore& device) { return ready<T>(value(device)); });
 }
 
-template <typename T, typename Operation>
-HIDPPTask<T> runOnConnection(std::shared_ptr<HIDPPConnection> connection, Operation operation) {
+template <typename T>
+using ConnectionOperation = std::function<HIDPPTask<T>(HIDPPConnection&)>;
+
+template <typename T>
+HIDPPTask<T> runOnConnection(std::shared_ptr<HIDPPConnection> connection,
+                             ConnectionOperation<T> operation) {
     if (!connection) co_return std::unexpected(HIDPPError::NotConnected{});
     co_return co_await operation(*connection);
 }
 
-/// Runs `operation(connection)`, which gives a task, on the device's queue and on the connection
-/// that is there by then; without one it fails with `NotConnected`.
+/// Runs `operation(connection)` on the device's queue and on the connection that is there by then;
+/// without one it fails with `NotConnected`.
 template <typename Operation>
 auto onConnection(Core core, Operation operation) {
     using Task = std::invoke_result_t<Operation, HIDPPConnection&>;
     using T = typename Task::value_type::value_type;
-    return onQueue(std::move(core), [operation = std::move(operation)](HIDPPDeviceCore& device) {
-        return runOnConnection<T>(device.connection(), operation);
-    });
+    return onQueue<HIDPPResult<T>>(std::move(core),
+                                   [operation = std::move(operation)](HIDPPDeviceCore& device) {
+                                       return runOnConnection<T>(device.connection(), operation);
+                                   });
 }
 
 asio::awaitable<std::optional<HIDPPTransportStatistics>> statisticsOf(
@@ -138,15 +167,16 @@ asio::awaitable<std::optional<HIDPPDeviceIdentity>> HIDPPDevice::identity() cons
 }
 
 HIDPPTask<void> HIDPPDevice::connect() {
-    return onQueue(core_, [](HIDPPDeviceCore& core) { return core.connect(); });
+    return onQueue<HIDPPResult<void>>(core_, [](HIDPPDeviceCore& core) { return core.connect(); });
 }
 
 asio::awaitable<void> HIDPPDevice::disconnect() {
-    return onQueue(core_, [](HIDPPDeviceCore& core) { return core.disconnect(); });
+    return runOnQueue(core_, [](HIDPPDeviceCore& core) { return core.disconnect(); });
 }
 
 asio::awaitable<std::optional<HIDPPTransportStatistics>> HIDPPDevice::transportStatistics() const {
-    return onQueue(core_, [](HIDPPDeviceCore& core) { return statisticsOf(core.connection()); });
+    return onQueue<std::optional<HIDPPTransportStatistics>>(
+        core_, [](HIDPPDeviceCore& core) { return statisticsOf(core.connection()); });
 }
 
 HIDPPTask<std::vector<std::uint8_t>> HIDPPDevice::rawRequest(std::uint8_t featureIndex,
@@ -181,13 +211,13 @@ asio::awaitable<std::vector<HIDPPFeatureRecord>> HIDPPDevice::features() const {
 }
 
 HIDPPTask<std::uint8_t> HIDPPDevice::featureIndex(HIDPPFeature feature) {
-    return onQueue(core_, [feature](HIDPPDeviceCore& core) {
+    return onQueue<HIDPPResult<std::uint8_t>>(core_, [feature](HIDPPDeviceCore& core) {
         return featureIndexOn(core.connection(), feature);
     });
 }
 
 asio::awaitable<bool> HIDPPDevice::supports(HIDPPFeature feature) {
-    return onQueue(core_, [feature](HIDPPDeviceCore& core) {
+    return onQueue<bool>(core_, [feature](HIDPPDeviceCore& core) {
         return supportedOn(core.connection(), feature);
     });
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <chrono>
-#include <exception>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,6 +14,7 @@
 #include "FakeHIDTransport.h"
 #include "HIDPlusPlus/HIDPPDevice.h"
 #include "HIDPlusPlus/HIDPPRunLoop.h"
+#include "Platform/Dispatch/Awaitables.h"
 #include "Platform/Dispatch/ManualDispatcher.h"
 #include "ScriptedMouse.h"
 
@@ -58,13 +58,12 @@ class HIDPPDeviceFixture : public ::testing::Test {
     template <typename T>
     Outcome<T> begin(asio::awaitable<T> operation) {
         auto outcome = std::make_shared<std::optional<T>>();
-        asio::co_spawn(caller->executor(), std::move(operation),
-                       [outcome](std::exception_ptr exception, T value) {
-                           if (exception) std::rethrow_exception(exception);
-                           EXPECT_FALSE(outcome->has_value()) << "completed twice";
-                           *outcome = std::move(value);
-                       });
+        spawn(keep(std::move(operation), outcome));
         return outcome;
+    }
+
+    void spawn(asio::awaitable<void> operation) {
+        asio::co_spawn(caller->executor(), std::move(operation), RethrowException());
     }
 
     /// Runs an operation for as long as it needs, up to ten seconds.
@@ -80,7 +79,7 @@ class HIDPPDeviceFixture : public ::testing::Test {
     }
 
     void disconnect() {
-        asio::co_spawn(caller->executor(), device->disconnect(), [](std::exception_ptr) {});
+        spawn(device->disconnect());
         dispatcher.runReady();
     }
 
@@ -100,6 +99,15 @@ class HIDPPDeviceFixture : public ::testing::Test {
         return std::exchange(events, {});
     }
 
+  private:
+    template <typename T>
+    static asio::awaitable<void> keep(asio::awaitable<T> operation, Outcome<T> outcome) {
+        auto value = co_await std::move(operation);
+        EXPECT_FALSE(outcome->has_value()) << "completed twice";
+        *outcome = std::move(value);
+    }
+
+  protected:
     ManualDispatcher dispatcher;
     FakeHIDTransport transport;
     std::shared_ptr<HIDPPRunLoop> runLoop = std::make_shared<HIDPPRunLoop>(dispatcher, transport);

@@ -104,14 +104,19 @@ class RandomSession {
     template <typename T>
     T run(asio::awaitable<T> operation) {
         std::optional<T> outcome;
-        asio::co_spawn(caller_->executor(), std::move(operation),
-                       [&outcome](std::exception_ptr, T value) { outcome = std::move(value); });
+        asio::co_spawn(caller_->executor(), keep(std::move(operation), outcome),
+                       RethrowException());
         dispatcher_.advance(5s);
         return std::move(*outcome);
     }
 
+    template <typename T>
+    static asio::awaitable<void> keep(asio::awaitable<T> operation, std::optional<T>& outcome) {
+        outcome = co_await std::move(operation);
+    }
+
     void disconnect() {
-        asio::co_spawn(caller_->executor(), device_->disconnect(), [](std::exception_ptr) {});
+        asio::co_spawn(caller_->executor(), device_->disconnect(), RethrowException());
     }
 
     IOReturn anyResult() {
@@ -207,8 +212,7 @@ TEST(HIDPPDeviceRandom, operations_plugs_and_disconnects_race_on_real_threads) {
             // Without a wait the plug would be over before anything is under way.
             if (round % 2 == 0) callers[1]->drain();
             if (round % 4 == 3) {
-                asio::co_spawn(callers[2]->executor(), device.disconnect(),
-                               [](std::exception_ptr) {});
+                asio::co_spawn(callers[2]->executor(), device.disconnect(), RethrowException());
             }
             linkQueue->post([&] { mouse.mouse.unplug(); });
         }

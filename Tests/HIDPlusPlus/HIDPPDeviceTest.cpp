@@ -172,7 +172,7 @@ TEST_F(HIDPPDeviceTest, a_connect_right_behind_a_disconnect_is_an_attempt_of_its
     for (auto moment = 0us; moment < 12'000us; moment += 500us) {
         const auto voided = begin(device->connect());
         if (moment > 0us) dispatcher.advance(moment);
-        asio::co_spawn(caller->executor(), device->disconnect(), [](std::exception_ptr) {});
+        spawn(device->disconnect());
         const auto fresh = begin(device->connect());
         const auto shared = begin(device->connect());
         dispatcher.advance(1s);
@@ -191,9 +191,7 @@ TEST_F(HIDPPDeviceTest, a_disconnect_while_the_interface_is_being_opened_publish
         mouse.plug();
         const auto attempt = begin(device->connect());
         // The disconnect is in the device's queue before the outcome of the opening.
-        runLoop->perform([this] {
-            asio::co_spawn(caller->executor(), device->disconnect(), [](std::exception_ptr) {});
-        });
+        runLoop->perform([this] { spawn(device->disconnect()); });
         dispatcher.advance(1s);
         EXPECT_EQ(textOf(attempt), "not connected") << ioReturnDescription(result);
         EXPECT_THAT(takeEvents(), IsEmpty());

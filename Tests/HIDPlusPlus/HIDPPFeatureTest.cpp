@@ -314,7 +314,7 @@ TEST_F(HIDPPFeatureTest, an_operation_of_several_steps_does_not_run_on_over_a_re
     // The disconnect overtakes the reply to the first step on its way back to the operation.
     mouse.gate = [this](const Bytes&) {
         mouse.gate = nullptr;
-        asio::co_spawn(caller->executor(), device->disconnect(), [](std::exception_ptr) {});
+        spawn(device->disconnect());
         return true;
     };
     const auto setting = begin(device->setDPI(800));

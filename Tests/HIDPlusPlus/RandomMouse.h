@@ -1,9 +1,9 @@
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
-#include <exception>
 #include <memory>
 #include <random>
 #include <string>
@@ -14,6 +14,7 @@
 #include <asio/co_spawn.hpp>
 
 #include "HIDPlusPlus/HIDPPDevice.h"
+#include "Platform/Dispatch/Awaitables.h"
 #include "Platform/Dispatch/DispatchQueue.h"
 #include "ScriptedMouse.h"
 
@@ -179,20 +180,24 @@ class RandomOperations : public std::enable_shared_from_this<RandomOperations> {
     template <typename T, typename Judge>
     void begin(HIDPPTask<T> operation, Judge isItsOwn) {
         ++begun;
-        asio::co_spawn(caller_->executor(), std::move(operation),
-                       [self = shared_from_this(), isItsOwn = std::move(isItsOwn)](
-                           std::exception_ptr exception, const HIDPPResult<T>& result) {
-                           if (exception) std::rethrow_exception(exception);
-                           ++self->completed;
-                           if (!result) return;
-                           ++self->succeeded;
-                           if constexpr (!std::is_void_v<T>) {
-                               if (!isItsOwn(*result)) ++self->misdelivered;
-                           }
-                       });
+        asio::co_spawn(caller_->executor(),
+                       judge(shared_from_this(), std::move(operation), std::move(isItsOwn)),
+                       RethrowException());
     }
 
   private:
+    template <typename T, typename Judge>
+    static asio::awaitable<void> judge(std::shared_ptr<RandomOperations> self,
+                                       HIDPPTask<T> operation, Judge isItsOwn) {
+        const auto result = co_await std::move(operation);
+        ++self->completed;
+        if (!result) co_return;
+        ++self->succeeded;
+        if constexpr (!std::is_void_v<T>) {
+            if (!isItsOwn(*result)) ++self->misdelivered;
+        }
+    }
+
     void beginEcho(Random& random) {
         std::vector<std::uint8_t> unique(16);
         for (auto& byte : unique)
