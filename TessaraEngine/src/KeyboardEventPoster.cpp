@@ -12,10 +12,9 @@ namespace {
 using Modifiers = std::bitset<modifierKeys.size()>;
 
 std::optional<std::size_t> rowOf(std::uint16_t code) {
-    for (std::size_t row = 0; row < modifierKeys.size(); ++row) {
-        if (modifierKeys[row].code == code) return row;
-    }
-    return std::nullopt;
+    const ModifierKey* key = findModifierKey(code);
+    if (key == nullptr) return std::nullopt;
+    return static_cast<std::size_t>(key - modifierKeys.data());
 }
 
 /// What events show while these keys are down.
