@@ -21,7 +21,10 @@ std::int64_t roundedCounts(double counts) {
 }  // namespace
 
 PointerPipeline::PointerPipeline(const PointerSettings& settings, bool repositionsCursor)
-    : repositionsCursor_(repositionsCursor), settings_(settings), accumulator_(settings.curve) {}
+    : repositionsCursor_(repositionsCursor),
+      isEnabled_(settings.isEnabled),
+      settings_(settings),
+      accumulator_(settings.curve) {}
 
 PointerOutcome PointerPipeline::handle(const PointerMotion& motion) {
     MutexLock lock(mutex_);
@@ -71,11 +74,6 @@ void PointerPipeline::forgetMotion() {
     ++metrics_.accumulatorResets;
 }
 
-bool PointerPipeline::isEnabled() const {
-    MutexLock lock(mutex_);
-    return settings_.isEnabled;
-}
-
 PointerSettings PointerPipeline::settings() const {
     MutexLock lock(mutex_);
     return settings_;
@@ -84,6 +82,7 @@ PointerSettings PointerPipeline::settings() const {
 void PointerPipeline::setSettings(const PointerSettings& settings) {
     MutexLock lock(mutex_);
     settings_ = settings;
+    isEnabled_ = settings.isEnabled;
     accumulator_.setCurve(settings.curve);
     forgetMotion();
 }

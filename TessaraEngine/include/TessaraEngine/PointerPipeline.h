@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <optional>
 
@@ -76,7 +77,7 @@ class PointerPipeline {
     /// Forgets fractions, time and device: the next sample is a first one.
     void reset();
 
-    [[nodiscard]] bool isEnabled() const;
+    [[nodiscard]] bool isEnabled() const noexcept { return isEnabled_; }
     [[nodiscard]] PointerSettings settings() const;
     /// Takes the settings over and resets.
     void setSettings(const PointerSettings& settings);
@@ -91,6 +92,9 @@ class PointerPipeline {
     void forgetMotion() TESSARA_REQUIRES(mutex_);
 
     const bool repositionsCursor_;
+    /// `settings_.isEnabled`, for the question before every motion event. Written with the lock
+    /// held.
+    std::atomic<bool> isEnabled_;
     mutable Mutex mutex_;
     PointerSettings settings_ TESSARA_GUARDED_BY(mutex_);
     PointerAccumulator accumulator_ TESSARA_GUARDED_BY(mutex_);
