@@ -2,11 +2,14 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
 
+#include "Platform/Dispatch/ThreadedDispatcher.h"
 #include "Platform/Simulated/SimulatedDesktop.h"
+#include "Support/ProcessResources.h"
 #include "Support/TestDispatcher.h"
 #include "TessaraEngine/EventTapController.h"
 
@@ -228,6 +231,44 @@ TEST_F(EventTapControllerTest, a_stopped_controller_starts_afresh) {
     EXPECT_EQ(desktop.taps().count(), 1U);
     EXPECT_TRUE(passesUntouched());
     EXPECT_EQ(handled, 1);
+}
+
+TEST(EventTapControllerThreads, starts_stops_and_events_race_and_every_event_arrives) {
+    constexpr int eventCount = 2000;
+    const testing::NoLeakedResources nothingLeaks;
+    ThreadedDispatcher dispatcher;
+    SimulatedDesktop desktop(dispatcher);
+    SimulatedPointingDevice& mouse = desktop.attachTargetMouse();
+    {
+        const std::jthread hand([&] {
+            for (int i = 0; i < eventCount; ++i)
+                mouse.spin(1);
+        });
+        for (int round = 0; round < 60; ++round) {
+            int handled = 0;  // goes with the controller: a late callback would write to it
+            int disabled = 0;
+            EventTapController tap(
+                {}, desktop.taps(), dispatcher, [&](TapDisableReason) { ++disabled; },
+                [&](CGEventType, CGEvent&) {
+                    ++handled;
+                    return TapVerdict::pass;
+                });
+            ASSERT_TRUE(tap.start());
+            if (round % 3 == 0) desktop.disableTapsByTimeout();
+            tap.perform([&] { ++handled; });
+            if (round % 2 == 0) {
+                tap.stop();
+                tap.drain();
+                EXPECT_GE(handled, 1) << "drained, the performed block has run";
+                EXPECT_FALSE(tap.isTapEnabled());
+            }
+        }
+    }
+    desktop.settle();
+    const auto journal = desktop.events().takeJournal();
+    EXPECT_EQ(journal.size(), std::size_t{eventCount});
+    for (const SimulatedPassage& passage : journal)
+        ASSERT_EQ(passage.delivered, passage.entered);
 }
 
 }  // namespace
