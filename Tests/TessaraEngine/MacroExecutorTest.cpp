@@ -19,8 +19,8 @@ KeyUpIntent up(std::uint16_t code, ModifierFlags modifiers = {}) {
     return {code, modifiers};
 }
 
-StartRepeatIntent repeatOf(MacroStep step, double intervalMillis, std::int64_t id = 4) {
-    return {{.id = id, .step = std::move(step), .intervalMillis = intervalMillis}};
+StartRepeatIntent repeatOf(const MacroStep& step, double intervalMillis, std::int64_t id = 4) {
+    return {{.id = id, .step = step, .intervalMillis = intervalMillis}};
 }
 
 class MacroExecutorTest : public EngineTest {
@@ -115,17 +115,17 @@ TEST_F(MacroExecutorTest, what_the_resets_list_releases_is_left_to_it) {
           MouseButtonDownIntent{2}});
     takePosted();
     executor->reset({up(1), PassThroughButtonIntent{0, false}, PassThroughButtonIntent{1, true},
-                     MouseButtonUpIntent{2}, MouseButtonUpIntent{1}});
+                     MouseButtonUpIntent{2}});
     EXPECT_EQ(executor->heldKeyCount(), 1);
-    EXPECT_EQ(executor->heldMouseButtonCount(), 3);
+    EXPECT_EQ(executor->heldMouseButtonCount(), 2);
     dispatcher.runReady();
     EXPECT_THAT(takePosted(),
-                ElementsAre("key(2 up mods=0)", "key(1 up mods=0)", "mouseButton(0 up)",
-                            "mouseButton(1 down)", "mouseButton(2 up)", "mouseButton(1 up)"));
+                ElementsAre("key(2 up mods=0)", "mouseButton(1 up)", "key(1 up mods=0)",
+                            "mouseButton(0 up)", "mouseButton(1 down)", "mouseButton(2 up)"));
     EXPECT_EQ(executor->heldKeyCount(), 0);
-    EXPECT_EQ(executor->heldMouseButtonCount(), 0);
+    EXPECT_EQ(executor->heldMouseButtonCount(), 1) << "the one that the list pressed again";
     EXPECT_EQ(executor->snapshotMetrics().keysForceReleased, 1);
-    EXPECT_EQ(executor->snapshotMetrics().mouseButtonsForceReleased, 0);
+    EXPECT_EQ(executor->snapshotMetrics().mouseButtonsForceReleased, 1);
 }
 
 TEST_F(MacroExecutorTest, a_reset_in_the_middle_of_a_delay_ends_the_macro) {
