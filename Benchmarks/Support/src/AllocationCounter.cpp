@@ -16,8 +16,8 @@ void* counted(void* memory) {
 
 }  // namespace
 
-// The array and nothrow forms of the standard library call these.
 // NOLINTBEGIN(cppcoreguidelines-no-malloc): the operators are what all else stands on
+// The array and nothrow forms of the standard library call these.
 void* operator new(std::size_t size) {
     return counted(std::malloc(size == 0 ? 1 : size));
 }
@@ -37,6 +37,7 @@ void operator delete(void* memory, std::align_val_t) noexcept {
 void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
     std::free(memory);
 }
+// NOLINTEND(cppcoreguidelines-no-malloc)
 
 namespace tessara {
 
