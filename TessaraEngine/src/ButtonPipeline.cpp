@@ -27,6 +27,9 @@ ButtonPipeline::ButtonPipeline(ButtonRouter router, std::shared_ptr<MacroExecuto
     : executor_(std::move(executor)), router_(std::move(router)) {}
 
 ButtonDisposition ButtonPipeline::handle(const ButtonEvent& event) {
+    // Taken first: were the router reset between its decision and the playing of it, the press
+    // would be down in the new epoch with nobody to release it.
+    const std::uint64_t epoch = executor_->epoch();
     std::vector<ButtonIntent> intents;
     {
         MutexLock lock(mutex_);
@@ -39,7 +42,7 @@ ButtonDisposition ButtonPipeline::handle(const ButtonEvent& event) {
         }
         ++metrics_.suppressed;
     }
-    if (!intents.empty()) executor_->execute(std::move(intents));
+    executor_->execute(std::move(intents), epoch);
     return ButtonDisposition::suppress;
 }
 

@@ -197,14 +197,13 @@ MacroExecutor::MacroExecutor(std::shared_ptr<EventPosting> poster,
 
 MacroExecutor::~MacroExecutor() = default;
 
-void MacroExecutor::execute(std::vector<ButtonIntent> intents) {
-    if (intents.empty()) return;
-    std::uint64_t epoch = 0;
-    {
-        MutexLock lock(core_->mutex);
-        epoch = core_->epoch;
-    }
-    core_->enqueue(std::move(intents), epoch);
+std::uint64_t MacroExecutor::epoch() const {
+    MutexLock lock(core_->mutex);
+    return core_->epoch;
+}
+
+void MacroExecutor::execute(std::vector<ButtonIntent> intents, std::uint64_t ofEpoch) {
+    if (!intents.empty()) core_->enqueue(std::move(intents), ofEpoch);
 }
 
 void MacroExecutor::reset(std::vector<ButtonIntent> thenExecuting) {

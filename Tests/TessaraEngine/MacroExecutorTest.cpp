@@ -140,6 +140,16 @@ TEST_F(MacroExecutorTest, a_reset_in_the_middle_of_a_delay_ends_the_macro) {
     EXPECT_EQ(executor->snapshotMetrics().intentsAbandoned, 4);
 }
 
+TEST_F(MacroExecutorTest, a_list_decided_on_before_a_reset_is_not_played_after_it) {
+    const std::uint64_t before = executor->epoch();
+    executor->reset({});
+    executor->execute({down(1)}, before);
+    dispatcher.runReady();
+    EXPECT_THAT(takePosted(), IsEmpty());
+    EXPECT_EQ(executor->heldKeyCount(), 0);
+    EXPECT_EQ(executor->snapshotMetrics().intentsAbandoned, 1);
+}
+
 TEST_F(MacroExecutorTest, a_repeat_plays_at_multiples_of_its_interval_until_it_is_stopped) {
     play({repeatOf(KeyStep{.code = 1}, 10)});
     EXPECT_EQ(executor->activeRepeatCount(), 1);

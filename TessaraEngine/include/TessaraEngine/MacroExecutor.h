@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "TessaraCore/ButtonIntent.h"
@@ -51,10 +52,17 @@ class MacroExecutor {
     MacroExecutor(const MacroExecutor&) = delete;
     MacroExecutor& operator=(const MacroExecutor&) = delete;
 
-    /// Plays a list of intents in order, behind what is being played. Delays wait before what
-    /// follows them; other lists go on meanwhile. A delay that does not fit the clock stops the
-    /// process.
-    void execute(std::vector<ButtonIntent> intents);
+    /// The present epoch; each reset begins a new one. Whoever decides on a list takes it
+    /// beforehand, so that a reset in between ends the list too.
+    [[nodiscard]] std::uint64_t epoch() const;
+
+    /// Plays a list of intents in order, behind what is being played, unless `ofEpoch` has passed.
+    /// Delays wait before what follows them; other lists go on meanwhile. A delay that does not fit
+    /// the clock stops the process.
+    void execute(std::vector<ButtonIntent> intents, std::uint64_t ofEpoch);
+
+    /// Plays a list in the present epoch.
+    void execute(std::vector<ButtonIntent> intents) { execute(std::move(intents), epoch()); }
 
     /// Ends all that is being played, releases what is held, then plays `thenExecuting`. Keys and
     /// buttons that this list itself releases are left to it. The releases go out newest first.
