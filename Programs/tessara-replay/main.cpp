@@ -3,13 +3,16 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <expected>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
-#include "TessaraCore/Profile.h"
+#include "Platform/Linux/PosixFileSystem.h"
+#include "TessaraCore/Config.h"
 #include "TessaraReplay/FrameAssembler.h"
 #include "TessaraReplay/JsonLines.h"
 #include "TessaraReplay/OutputFile.h"
@@ -29,25 +32,46 @@ int complain(int status, std::string_view words) {
     return status;
 }
 
+/// No document that anybody uses is anywhere near as large.
+constexpr std::size_t maximumDocumentSize = std::size_t{64} << 20U;
+
+/// The document to play under, or why it cannot be used.
+std::expected<Config, std::string> chosenConfig(const ReplayOptions& options) {
+    if (!options.configFile) return Config::default_();
+    const auto bytes = PosixFileSystem().read(*options.configFile, maximumDocumentSize);
+    if (!bytes) return std::unexpected(bytes.error().description);
+    auto config = Config::decoded(*bytes);
+    if (!config) return std::unexpected(*options.configFile + ": " + description(config.error()));
+    return *std::move(config);
+}
+
 /// Plays one recording onto `plot` and returns what is to be printed.
-std::string replay(const Recording& recording, const ReplayOptions& options, ReplayPlot& plot) {
-    const Profile profile = Profile::default_();
+std::string replay(const Recording& recording, const Config& config, const ReplayOptions& options,
+                   ReplayPlot& plot) {
+    const Profile profile = config.activeProfile(options.frontmostBundleID);
     ReplaySummary summary(recording.name, recording.events.size(), profile.scroll.pixelsPerDetent,
                           profile.pointer.dpi);
     plot.begin(std::filesystem::path(recording.name).filename());
     std::string lines;
-    play(assembleInputs(recording), profile, [&](const ReplayRecord& record) {
-        if (options.plotFile) plot.add(record);
-        if (options.wantsSummary) {
-            summary.add(record);
-        } else {
-            appendJsonLine(lines, record);
-        }
-    });
+    play(assembleInputs(recording),
+         {.config = config, .frontmostBundleID = options.frontmostBundleID},
+         [&](const ReplayRecord& record) {
+             // Either what the program does is told, or what the application is given.
+             if (std::holds_alternative<ReceivedEvent>(record.what) != options.wantsReceived)
+                 return;
+             if (options.plotFile) plot.add(record);
+             if (options.wantsSummary) {
+                 summary.add(record);
+             } else {
+                 appendJsonLine(lines, record);
+             }
+         });
     return options.wantsSummary ? summary.text() : lines;
 }
 
 int run(const ReplayOptions& options) {
+    const auto config = chosenConfig(options);
+    if (!config) return complain(exitUnusableInput, config.error());
     std::vector<Recording> recordings;
     for (const std::string& path : options.recordings) {
         auto recording = readRecording(path);
@@ -58,7 +82,8 @@ int run(const ReplayOptions& options) {
     ReplayPlot plot;
     for (const Recording& recording : recordings) {
         const bool needsGap = options.wantsSummary && &recording != &recordings.front();
-        const std::string output = (needsGap ? "\n" : "") + replay(recording, options, plot);
+        const std::string output =
+            (needsGap ? "\n" : "") + replay(recording, *config, options, plot);
         std::fwrite(output.data(), 1, output.size(), stdout);
     }
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)

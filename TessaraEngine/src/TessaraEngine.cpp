@@ -19,9 +19,12 @@ namespace {
 std::shared_ptr<MacroExecutor> makeMacroExecutor(const TessaraEngine::Options& options,
                                                  const EnginePlatform& platform,
                                                  std::shared_ptr<DPISink> sink) {
-    auto sideEffects = std::make_shared<SystemSideEffects>(
-        [sink = std::move(sink)](std::int64_t dpi) { (*sink)(dpi); }, options.allowsAppLaunch,
-        options.allowsShortcuts, platform.workspace, platform.shortcuts);
+    auto sideEffects = options.sideEffects;
+    if (!sideEffects) {
+        sideEffects = std::make_shared<SystemSideEffects>(
+            [sink = std::move(sink)](std::int64_t dpi) { (*sink)(dpi); }, options.allowsAppLaunch,
+            options.allowsShortcuts, platform.workspace, platform.shortcuts);
+    }
     return std::make_shared<MacroExecutor>(options.poster, std::move(sideEffects),
                                            platform.dispatcher);
 }

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "TessaraCore/Config.h"
 #include "TessaraCore/Overloaded.h"
 #include "TessaraCore/Profile.h"
 #include "TessaraReplay/FrameAssembler.h"
@@ -22,7 +23,9 @@ namespace {
 
 std::vector<ReplayRecord> replayed(const Recording& recording, const Profile& profile) {
     std::vector<ReplayRecord> records;
-    play(assembleInputs(recording), profile,
+    Config config = Config::default_();
+    config.profiles = {profile};
+    play(assembleInputs(recording), {.config = config, .frontmostBundleID = std::nullopt},
          [&](const ReplayRecord& record) { records.push_back(record); });
     return records;
 }
@@ -136,7 +139,10 @@ class HeldRules {
 /// Checks the rules on one recording and returns how many glides were played to their end.
 int expectRulesHold(const Recording& recording) {
     const Profile profile = Profile::default_();
-    const ReplayInputs inputs = assembleInputs(recording);
+    ReplayInputs inputs = assembleInputs(recording);
+    std::erase_if(inputs.inputs, [](const ReplayInput& input) {
+        return std::holds_alternative<ModifierKeyChange>(input.what);
+    });
     GlideRules glides(profile);
     MotionRules motions(profile);
     HeldRules held;

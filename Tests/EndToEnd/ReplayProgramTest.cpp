@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "ProgramRun.h"
+#include "TessaraCore/Config.h"
 
 namespace tessara {
 namespace {
@@ -116,6 +117,83 @@ TEST(ReplayProgram, draws_the_picture_of_a_glide_that_the_documents_show) {
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(readWhole(folder.path("glide.svg")), readWhole(sources + "/docs/glide.svg"))
         << "draw it again: tessara-replay --plot docs/glide.svg Recordings/glide.events";
+}
+
+/// A wheel click, a press and release of the sniper button, and a motion, Shift held throughout.
+constexpr const char* shortHand =
+    "E: 1.000000 0001 0036 1\n"
+    "E: 1.010000 0002 0008 1\n"
+    "E: 1.020000 0001 0115 1\n"
+    "E: 1.030000 0001 0115 0\n"
+    "E: 1.040000 0002 0000 3\n";
+
+std::string encoded(const Config& config) {
+    return config.encoded().value();
+}
+
+TEST(ReplayProgram, leaves_every_input_alone_under_a_disabled_document) {
+    Config config = Config::default_();
+    config.isEnabled = false;
+    const TemporaryFolder folder;
+    const ProgramRun run = replay({"--config", folder.write("config.json", encoded(config)),
+                                   folder.write("hand.events", shortHand)});
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.out, R"({"t":1010.0,"event":"wheel","axis":"vertical","lines":1,"verdict":"pass"}
+{"t":1020.0,"event":"button","number":5,"down":true,"verdict":"pass"}
+{"t":1030.0,"event":"button","number":5,"down":false,"verdict":"pass"}
+{"t":1040.0,"event":"motion","dx":3,"dy":0,"outDx":3,"outDy":0,"verdict":"pass"}
+)");
+}
+
+TEST(ReplayProgram, plays_the_profile_of_the_application_in_front) {
+    Config config = Config::default_();
+    config.profiles[1].scroll.pixelsPerDetent = 7;
+    config.profiles[1].buttons.clear();
+    const TemporaryFolder folder;
+    const std::string document = folder.write("config.json", encoded(config));
+    const std::string hand = folder.write("hand.events", shortHand);
+    const auto playFor = [&](const std::string& bundleID) {
+        return replay({"--config", document, "--frontmost", bundleID, hand}).out;
+    };
+    const std::string passed = R"("number":5,"down":true,"verdict":"pass")";
+    EXPECT_THAT(playFor("com.FIGMA.desktop"), HasSubstr(passed));
+    EXPECT_THAT(playFor("com.FIGMA.desktop"), Not(HasSubstr("\"effect\"")));
+    EXPECT_THAT(playFor("org.example.editor"), Not(HasSubstr(passed)));
+    EXPECT_THAT(playFor("org.example.editor"), HasSubstr(R"("effect":"dpi","value":400)"));
+}
+
+TEST(ReplayProgram, shows_what_the_application_receives_with_fields_and_flags) {
+    const TemporaryFolder folder;
+    const ProgramRun run = replay({"--received", folder.write("hand.events", shortHand)});
+    EXPECT_EQ(run.status, 0);
+    // The key itself, the first step of the glide with the tag and Shift's flag, the moved mouse.
+    EXPECT_THAT(run.out, StartsWith(R"({"t":1000.0,"received":"flagsChanged","flags":131076,)"));
+    EXPECT_THAT(run.out, HasSubstr(R"({"t":1018.0,"received":"scrollWheel","flags":131072,)"));
+    EXPECT_THAT(run.out, HasSubstr(R"("42":23720122225087041,"88":1,"93":5,"96":5,"99":1)"));
+    EXPECT_THAT(run.out, HasSubstr(R"({"t":1040.0,"received":"mouseMoved",)"));
+    EXPECT_THAT(run.out, Not(HasSubstr("otherMouse"))) << "the bound button is taken";
+    EXPECT_THAT(run.out, Not(HasSubstr("verdict")));
+}
+
+TEST(ReplayProgram, plays_nothing_under_a_document_that_cannot_be_used) {
+    struct Case {
+        std::string text;
+        std::string error;
+    };
+    const TemporaryFolder folder;
+    const std::string hand = folder.write("hand.events", shortHand);
+    for (const Case& c : std::vector<Case>{{R"({"schemaVersion":2})", "2"},
+                                           {R"({"schemaVersion":1})", "isEnabled"},
+                                           {"[]", "root of the config must be a JSON object"},
+                                           {"", "1"}}) {
+        const std::string document = folder.write("config.json", c.text);
+        const ProgramRun run = replay({"--config", document, hand});
+        EXPECT_EQ(run.status, 2) << c.text;
+        EXPECT_EQ(run.out, "") << c.text;
+        EXPECT_THAT(run.err, AllOf(HasSubstr(document), HasSubstr(c.error)));
+    }
+    EXPECT_EQ(replay({"--config", folder.path("none"), hand}).status, 2);
+    EXPECT_EQ(replay({"--received", "--summary", hand}).status, 2);
 }
 
 }  // namespace

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "TessaraCore/Profile.h"
+#include "TessaraCore/Config.h"
 #include "TessaraReplay/FrameAssembler.h"
 #include "TessaraReplay/JsonLines.h"
 #include "TessaraReplay/ReplayPlayer.h"
@@ -31,8 +31,12 @@ ReplayInput press(std::int64_t millis, bool isDown = true) {
 std::string played(std::vector<ReplayInput> inputs, const Profile& profile,
                    TimePoint end = at(2000)) {
     std::string lines;
-    play({.inputs = std::move(inputs), .end = end}, profile,
-         [&](const ReplayRecord& record) { appendJsonLine(lines, record); });
+    Config config = Config::default_();
+    config.profiles = {profile};
+    play({.inputs = std::move(inputs), .end = end},
+         {.config = config, .frontmostBundleID = std::nullopt}, [&](const ReplayRecord& record) {
+             if (!std::holds_alternative<ReceivedEvent>(record.what)) appendJsonLine(lines, record);
+         });
     return lines;
 }
 

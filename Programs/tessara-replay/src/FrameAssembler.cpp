@@ -29,41 +29,47 @@ constexpr std::int32_t released = 0;
 constexpr std::int32_t pressed = 1;
 }  // namespace evdev
 
-struct ModifierKey {
+/// A modifier key: the kernel's code, the virtual key code, and what it holds.
+struct RecordedModifierKey {
     std::uint16_t code;
+    std::uint16_t virtualCode;
     ModifierFlags modifier;
 };
 
-constexpr auto modifierKeys = std::to_array<ModifierKey>({
-    {.code = 0x2a, .modifier = ModifierFlags::shift},
-    {.code = 0x36, .modifier = ModifierFlags::shift},
-    {.code = 0x1d, .modifier = ModifierFlags::control},
-    {.code = 0x61, .modifier = ModifierFlags::control},
-    {.code = 0x38, .modifier = ModifierFlags::option},
-    {.code = 0x64, .modifier = ModifierFlags::option},
-    {.code = 0x7d, .modifier = ModifierFlags::command},
-    {.code = 0x7e, .modifier = ModifierFlags::command},
+constexpr auto recordedModifierKeys = std::to_array<RecordedModifierKey>({
+    {.code = 0x2a, .virtualCode = 56, .modifier = ModifierFlags::shift},
+    {.code = 0x36, .virtualCode = 60, .modifier = ModifierFlags::shift},
+    {.code = 0x1d, .virtualCode = 59, .modifier = ModifierFlags::control},
+    {.code = 0x61, .virtualCode = 62, .modifier = ModifierFlags::control},
+    {.code = 0x38, .virtualCode = 58, .modifier = ModifierFlags::option},
+    {.code = 0x64, .virtualCode = 61, .modifier = ModifierFlags::option},
+    {.code = 0x7d, .virtualCode = 55, .modifier = ModifierFlags::command},
+    {.code = 0x7e, .virtualCode = 54, .modifier = ModifierFlags::command},
 });
 
 /// Which modifier keys are down. A modifier is held as long as either of its two keys is.
 class ModifierState {
   public:
-    void keyChanged(std::uint16_t code, bool isDown) {
-        for (std::size_t i = 0; i < modifierKeys.size(); ++i) {
-            if (modifierKeys[i].code == code) down_[i] = isDown;
+    /// The key that changed; nothing when it is no modifier key, or was so before.
+    std::optional<std::uint16_t> keyChanged(std::uint16_t code, bool isDown) {
+        for (std::size_t i = 0; i < recordedModifierKeys.size(); ++i) {
+            if (recordedModifierKeys[i].code != code || down_[i] == isDown) continue;
+            down_[i] = isDown;
+            return recordedModifierKeys[i].virtualCode;
         }
+        return std::nullopt;
     }
 
     [[nodiscard]] ModifierFlags held() const {
         ModifierFlags held;
-        for (std::size_t i = 0; i < modifierKeys.size(); ++i) {
-            if (down_[i]) held.insert(modifierKeys[i].modifier);
+        for (std::size_t i = 0; i < recordedModifierKeys.size(); ++i) {
+            if (down_[i]) held.insert(recordedModifierKeys[i].modifier);
         }
         return held;
     }
 
   private:
-    std::array<bool, modifierKeys.size()> down_{};
+    std::array<bool, recordedModifierKeys.size()> down_{};
 };
 
 class FrameAssembler {
@@ -108,8 +114,8 @@ class FrameAssembler {
         const bool isDown = event.value == evdev::pressed;
         if (event.code >= evdev::firstButton && event.code <= evdev::lastButton) {
             append(ButtonChange{.number = event.code - evdev::firstButton, .isDown = isDown});
-        } else {
-            modifiers_.keyChanged(event.code, isDown);
+        } else if (const auto code = modifiers_.keyChanged(event.code, isDown)) {
+            append(ModifierKeyChange{.code = *code, .isDown = isDown});
         }
     }
 

@@ -22,6 +22,60 @@ std::string quoted(const std::string& text) {
     return Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
+/// The type's name, or its number where it has none here.
+std::string typeName(CGEventType type) {
+    switch (type) {
+        case CGEventType::leftMouseDown:
+            return "leftMouseDown";
+        case CGEventType::leftMouseUp:
+            return "leftMouseUp";
+        case CGEventType::rightMouseDown:
+            return "rightMouseDown";
+        case CGEventType::rightMouseUp:
+            return "rightMouseUp";
+        case CGEventType::mouseMoved:
+            return "mouseMoved";
+        case CGEventType::leftMouseDragged:
+            return "leftMouseDragged";
+        case CGEventType::rightMouseDragged:
+            return "rightMouseDragged";
+        case CGEventType::keyDown:
+            return "keyDown";
+        case CGEventType::keyUp:
+            return "keyUp";
+        case CGEventType::flagsChanged:
+            return "flagsChanged";
+        case CGEventType::scrollWheel:
+            return "scrollWheel";
+        case CGEventType::otherMouseDown:
+            return "otherMouseDown";
+        case CGEventType::otherMouseUp:
+            return "otherMouseUp";
+        case CGEventType::otherMouseDragged:
+            return "otherMouseDragged";
+        default:
+            return fmt::format("{}", static_cast<std::uint32_t>(type));
+    }
+}
+
+/// An event with its flags, its place, and all of its fields that are not 0.
+std::string members(const CGEvent& event) {
+    std::string fields;
+    for (const CGEventField field : CGEvent::allFields) {
+        const double value = event.doubleValue(field);
+        if (value == 0) continue;
+        const auto integer = event.integerValue(field);
+        const std::string number = static_cast<double>(integer) == value
+                                       ? fmt::format("{}", integer)
+                                       : fmt::format("{}", value);
+        fields += fmt::format(R"({}"{}":{})", fields.empty() ? "" : ",",
+                              static_cast<std::uint32_t>(field), number);
+    }
+    return fmt::format(R"("received":"{}","flags":{},"x":{},"y":{},"fields":{{{}}})",
+                       typeName(event.type), event.flags, event.location.x, event.location.y,
+                       fields);
+}
+
 /// The line's members after the time; empty for what has no line.
 std::string members(const ReplayRecord& record) {
     return std::visit(
@@ -65,6 +119,7 @@ std::string members(const ReplayRecord& record) {
             [](const RanShortcut& shortcut) {
                 return fmt::format(R"("effect":"shortcut","name":{})", quoted(shortcut.name));
             },
+            [](const ReceivedEvent& received) { return members(received.event); },
             [](const FinalReset&) { return std::string{}; },
         },
         record.what);

@@ -8,11 +8,14 @@
 namespace tessara {
 
 std::expected<ReplayOptions, std::string> parseReplayOptions(int argc, char** argv) {
-    enum Option : int { help = 1, summary, plot };
+    enum Option : int { help = 1, summary, received, plot, config, frontmost };
     static constexpr auto known = std::to_array<option>({
         {"help", no_argument, nullptr, help},
         {"summary", no_argument, nullptr, summary},
+        {"received", no_argument, nullptr, received},
         {"plot", required_argument, nullptr, plot},
+        {"config", required_argument, nullptr, config},
+        {"frontmost", required_argument, nullptr, frontmost},
         {nullptr, 0, nullptr, 0},
     });
 
@@ -28,6 +31,15 @@ std::expected<ReplayOptions, std::string> parseReplayOptions(int argc, char** ar
             case summary:
                 options.wantsSummary = true;
                 break;
+            case received:
+                options.wantsReceived = true;
+                break;
+            case config:
+                options.configFile = optarg;
+                break;
+            case frontmost:
+                options.frontmostBundleID = optarg;
+                break;
             case plot:
                 options.plotFile = optarg;
                 break;
@@ -37,6 +49,8 @@ std::expected<ReplayOptions, std::string> parseReplayOptions(int argc, char** ar
                 return std::unexpected(fmt::format("unknown option {}", argv[optind - 1]));
         }
     }
+    if (options.wantsReceived && (options.wantsSummary || options.plotFile))
+        return std::unexpected("--received goes with neither --summary nor --plot");
     options.recordings.assign(argv + optind, argv + argc);
     if (options.recordings.empty() && !options.wantsHelp)
         return std::unexpected("no recording given");

@@ -1,41 +1,47 @@
 #include "TessaraReplay/ReplayPlayer.h"
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
+#include "HIDPlusPlus/HIDPPRunLoop.h"
 #include "Platform/Dispatch/ManualDispatcher.h"
+#include "Platform/Simulated/SimulatedDesktop.h"
+#include "Platform/Simulated/SimulatedHIDTransport.h"
+#include "TessaraCore/Config.h"
 #include "TessaraCore/Overloaded.h"
-#include "TessaraCore/Profile.h"
-#include "TessaraEngine/ButtonPipeline.h"
-#include "TessaraEngine/EventPosting.h"
-#include "TessaraEngine/MacroExecutor.h"
+#include "TessaraEngine/CGEventPoster.h"
 #include "TessaraEngine/MacroSideEffects.h"
-#include "TessaraEngine/PointerPipeline.h"
-#include "TessaraEngine/ScrollPipeline.h"
+#include "TessaraEngine/TessaraEngine.h"
 #include "TessaraReplay/FrameAssembler.h"
 
 namespace tessara {
 namespace {
 
-constexpr DeviceID mouse{1};
-
-/// What stands in for the world: whatever the program asks of it becomes a record.
-class RecordingWorld final : public EventPosting, public MacroSideEffects {
+/// Takes down what the program asks to be posted and done. The postings go on to the desktop; the
+/// side effects end here, where there is no mouse to set and nothing to launch.
+class WatchedOutput final : public EventPosting, public MacroSideEffects {
   public:
-    RecordingWorld(const Clock& clock, const ReplayListener& listener)
-        : clock_(clock), listener_(listener) {}
+    using Record = std::function<void(ReplayRecord)>;
+
+    WatchedOutput(const Clock& clock, EventServices& services, Record record)
+        : clock_(clock), sink_(services, CGEventTapLocation::session), record_(std::move(record)) {}
 
     void postScrollStep(ScrollAxis axis, std::int64_t pixelDelta, ScrollPhase phase,
                         ModifierFlags modifiers) override {
         record(PostedScroll{
             .axis = axis, .pixels = pixelDelta, .phase = phase, .modifiers = modifiers});
+        sink_.postScrollStep(axis, pixelDelta, phase, modifiers);
     }
     void postKey(std::uint16_t code, bool isDown, ModifierFlags modifiers) override {
         record(PostedKey{.code = code, .isDown = isDown, .modifiers = modifiers});
+        sink_.postKey(code, isDown, modifiers);
     }
     void postMouseButton(std::int64_t number, bool isDown) override {
         record(PostedButton{.number = number, .isDown = isDown});
+        sink_.postMouseButton(number, isDown);
     }
 
     void requestDPI(std::int64_t dpi) override { record(RequestedDPI{.dpi = dpi}); }
@@ -44,96 +50,197 @@ class RecordingWorld final : public EventPosting, public MacroSideEffects {
     }
     void runShortcut(const std::string& name) override { record(RanShortcut{.name = name}); }
 
+  private:
     template <typename What>
     void record(What what) {
-        listener_({.at = clock_.now(), .what = std::move(what)});
+        record_({.at = clock_.now(), .what = std::move(what)});
     }
 
-  private:
     const Clock& clock_;
-    const ReplayListener& listener_;
+    CGEventPoster sink_;
+    const Record record_;
 };
+
+std::int64_t deltaX(const CGEvent& event) {
+    return event.integerValue(CGEventField::mouseEventDeltaX);
+}
+std::int64_t deltaY(const CGEvent& event) {
+    return event.integerValue(CGEventField::mouseEventDeltaY);
+}
 
 class Player {
   public:
-    Player(const Profile& profile, const ReplayListener& listener)
-        : dispatcher_(replayStart),
-          world_(std::make_shared<RecordingWorld>(dispatcher_.clock(), listener)),
-          executor_(std::make_shared<MacroExecutor>(world_, world_, dispatcher_)),
-          buttons_(profile.makeRouter(), executor_),
-          scroll_(profile.scroll, world_, dispatcher_),
-          pointer_(profile.pointer, false) {}
+    Player(const ReplaySetting& setting, const ReplayListener& listener)
+        : listener_(listener),
+          dispatcher_(replayStart),
+          mainQueue_(dispatcher_.makeQueue("main", QualityOfService::userInteractive)),
+          desktop_(dispatcher_),
+          application_(desktop_.workspace().install({.bundleID = setting.frontmostBundleID,
+                                                     .displayName = "Application",
+                                                     .location = {}})),
+          mouse_(desktop_.attachTargetMouse()),
+          output_(std::make_shared<WatchedOutput>(
+              dispatcher_.clock(), desktop_.eventServices(),
+              [this](ReplayRecord record) { take(std::move(record)); })),
+          engine_(std::make_shared<TessaraEngine>(setting.config, options(), platform())) {
+        mouse_.setAcceleration(1);
+        desktop_.workspace().bringToFront(application_);
+        // The simulated desktop never refuses a tap that nobody told it to refuse.
+        static_cast<void>(engine_->start());
+        dispatcher_.runReady();
+        desktop_.events().takeJournal();
+    }
 
     void handOn(const ReplayInput& input) {
-        dispatcher_.advanceTo(input.at);
-        // What the input causes waits on the queues, so its own record comes first.
-        std::visit([&](const auto& what) { world_->record(handle(what, input)); }, input.what);
+        runTo(input.at);
+        heldBack_.emplace();
+        std::visit([this](const auto& what) { act(what); }, input.what);
         dispatcher_.runReady();
+        const auto caused = std::exchange(heldBack_, std::nullopt);
+
+        const auto journal = desktop_.events().takeJournal();
+        std::visit([&](const auto& what) { recordInput(what, journal); }, input.what);
+        for (const ReplayRecord& record : *caused)
+            listener_(record);
+        recordReceived();
     }
 
     void runOn(TimePoint lastEvent) {
-        dispatcher_.advanceTo(lastEvent);
+        runTo(lastEvent);
         const TimePoint limit = lastEvent + replayPatience;
         for (auto next = dispatcher_.nextDeadline(); next; next = dispatcher_.nextDeadline()) {
             if (*next > limit) {
-                dispatcher_.advanceTo(limit);
+                runTo(limit);
                 return;
             }
-            dispatcher_.advanceTo(*next);
+            runTo(*next);
         }
     }
 
     void letGo() {
-        world_->record(FinalReset{});
-        buttons_.reset();
-        scroll_.reset();
-        pointer_.reset();
+        record(FinalReset{});
+        engine_->stop();
         dispatcher_.runReady();
+        recordReceived();
         dispatcher_.discard();
     }
 
   private:
-    HandledWheel handle(const WheelTurn& turn, const ReplayInput& input) {
-        if (turn.lines == 0) return {.turn = turn};
-        const auto disposition = scroll_.handle({.lineDelta = turn.lines,
-                                                 .axis = turn.axis,
-                                                 .modifiers = input.modifiers,
-                                                 .timestampMillis = millisSinceStart(input.at),
-                                                 .deviceID = mouse});
-        return {.turn = turn, .passes = disposition == ScrollDisposition::passThrough};
+    TessaraEngine::Options options() {
+        TessaraEngine::Options options;
+        options.deviceMatches = {HIDPPDeviceMatch::g502X};
+        options.poster = output_;
+        options.sideEffects = output_;
+        return options;
     }
 
-    HandledButton handle(const ButtonChange& change, const ReplayInput& input) {
-        const auto disposition = buttons_.handle({.button = change.number,
-                                                  .isDown = change.isDown,
-                                                  .modifiers = input.modifiers,
-                                                  .timestampMillis = millisSinceStart(input.at)});
-        return {.change = change, .passes = disposition == ButtonDisposition::passThrough};
+    EnginePlatform platform() {
+        return {.dispatcher = dispatcher_,
+                .mainQueue = mainQueue_,
+                .eventTaps = desktop_.taps(),
+                .events = desktop_.eventServices(),
+                .cursor = &desktop_.displays(),
+                .hidEvents = desktop_.devices(),
+                .hidRunLoop = std::make_shared<HIDPPRunLoop>(dispatcher_, hidTransport_),
+                .permissions = desktop_.permissions(),
+                .workspace = desktop_.workspace(),
+                .shortcuts = desktop_.shortcuts()};
     }
 
-    HandledMotion handle(const MouseMotion& motion, const ReplayInput& input) {
-        if (motion == MouseMotion{}) return {.motion = motion, .out = motion};
-        const PointerOutcome outcome = pointer_.handle(
-            {.delta = {.dx = static_cast<double>(motion.dx), .dy = static_cast<double>(motion.dy)},
-             .timestampMillis = millisSinceStart(input.at),
-             .deviceID = mouse});
-        if (outcome.disposition == PointerDisposition::passThrough)
-            return {.motion = motion, .out = motion};
-        return {.motion = motion, .out = {.dx = outcome.dx, .dy = outcome.dy}};
+    /// Runs what is due up to `moment`, and takes down what the application received at its time.
+    void runTo(TimePoint moment) {
+        for (auto next = dispatcher_.nextDeadline(); next && *next <= moment;
+             next = dispatcher_.nextDeadline()) {
+            dispatcher_.advanceTo(std::max(*next, dispatcher_.now()));
+            recordReceived();
+        }
+        dispatcher_.advanceTo(moment);
+        desktop_.events().takeJournal();
     }
 
+    void act(const WheelTurn& turn) {
+        if (turn.axis == ScrollAxis::vertical) {
+            mouse_.spin(turn.lines);
+        } else {
+            mouse_.spinSideways(turn.lines);
+        }
+    }
+    void act(const ButtonChange& change) {
+        if (change.isDown) {
+            mouse_.press(change.number);
+        } else {
+            mouse_.release(change.number);
+        }
+    }
+    void act(const MouseMotion& motion) {
+        mouse_.move(static_cast<double>(motion.dx), static_cast<double>(motion.dy));
+    }
+    void act(const ModifierKeyChange& change) {
+        if (change.isDown) {
+            desktop_.keyboard().press(change.code);
+        } else {
+            desktop_.keyboard().release(change.code);
+        }
+    }
+
+    using Journal = std::vector<SimulatedPassage>;
+
+    // The input's own passage is the first; what it caused came after it.
+
+    void recordInput(const WheelTurn& turn, const Journal& journal) {
+        record(HandledWheel{.turn = turn, .passes = journal.front().delivered.has_value()});
+    }
+    void recordInput(const ButtonChange& change, const Journal& journal) {
+        record(HandledButton{.change = change, .passes = journal.front().delivered.has_value()});
+    }
+    void recordInput(const MouseMotion& motion, const Journal& journal) {
+        const CGEvent& entered = journal.front().entered;
+        const CGEvent& delivered = journal.front().delivered.value();
+        const bool isRewritten =
+            deltaX(delivered) != deltaX(entered) || deltaY(delivered) != deltaY(entered);
+        record(HandledMotion{
+            .motion = motion,
+            .out = isRewritten ? MouseMotion{.dx = deltaX(delivered), .dy = deltaY(delivered)}
+                               : motion});
+    }
+    void recordInput(const ModifierKeyChange&, const Journal&) {}
+
+    void recordReceived() {
+        for (const CGEvent& event : application_.takeReceived())
+            record(ReceivedEvent{.event = event});
+    }
+
+    template <typename What>
+    void record(What what) {
+        take({.at = dispatcher_.now(), .what = std::move(what)});
+    }
+
+    /// What an input causes at once is held back until the input itself has been told.
+    void take(ReplayRecord record) {
+        if (heldBack_) {
+            heldBack_->push_back(std::move(record));
+        } else {
+            listener_(record);
+        }
+    }
+
+    const ReplayListener& listener_;
+    std::optional<std::vector<ReplayRecord>> heldBack_;
     ManualDispatcher dispatcher_;
-    std::shared_ptr<RecordingWorld> world_;
-    std::shared_ptr<MacroExecutor> executor_;
-    ButtonPipeline buttons_;
-    ScrollPipeline scroll_;
-    PointerPipeline pointer_;
+    const std::shared_ptr<DispatchQueue> mainQueue_;
+    SimulatedHIDTransport hidTransport_;
+    SimulatedDesktop desktop_;
+    SimulatedApplication& application_;
+    SimulatedPointingDevice& mouse_;
+    const std::shared_ptr<WatchedOutput> output_;
+    const std::shared_ptr<TessaraEngine> engine_;
 };
 
 }  // namespace
 
-void play(const ReplayInputs& inputs, const Profile& profile, const ReplayListener& listener) {
-    Player player(profile, listener);
+void play(const ReplayInputs& inputs, const ReplaySetting& setting,
+          const ReplayListener& listener) {
+    Player player(setting, listener);
     for (const ReplayInput& input : inputs.inputs)
         player.handOn(input);
     player.runOn(inputs.end);

@@ -85,6 +85,7 @@ void ReplaySummary::add(const ReplayRecord& record) {
                    [&](const RequestedDPI&) { ++dpiRequests_; },
                    [&](const LaunchedApp&) { ++launches_; },
                    [&](const RanShortcut&) { ++shortcuts_; },
+                   [](const ReceivedEvent&) {},
                    [&](const FinalReset&) { heldBeforeReset_ = holdings_.description(); },
                },
                record.what);

@@ -22,6 +22,7 @@ class EventPosting;
 class HIDPPDevice;
 class InputRouter;
 class MacroExecutor;
+class MacroSideEffects;
 class PointerHardwareTuning;
 class ProfileWatcher;
 
@@ -44,6 +45,8 @@ class TessaraEngine : public std::enable_shared_from_this<TessaraEngine> {
         EventTapController::Configuration tap;
         /// Where everything goes that the engine makes itself.
         std::shared_ptr<EventPosting> poster;
+        /// Takes what buttons set off beyond input; absent, the platform and the mouse do.
+        std::shared_ptr<MacroSideEffects> sideEffects;
         /// Writes the mouse's settings for an application that owns the connection itself.
         std::shared_ptr<HIDPPControlling> hidControl;
         /// Without a control: whether the engine connects to the mouse by itself.

@@ -36,12 +36,20 @@ struct MouseMotion {
     bool operator==(const MouseMotion&) const = default;
 };
 
-/// Something that the system would hand to the program, and when.
+/// A modifier key gone down or up, by its virtual key code.
+struct ModifierKeyChange {
+    std::uint16_t code = 0;
+    bool isDown = false;
+
+    bool operator==(const ModifierKeyChange&) const = default;
+};
+
+/// Something that a hand did, and when.
 struct ReplayInput {
     TimePoint at;
-    /// The modifier keys that the recording holds down at that moment.
+    /// The modifiers that are held at that moment.
     ModifierFlags modifiers = ModifierFlags::none;
-    std::variant<WheelTurn, ButtonChange, MouseMotion> what;
+    std::variant<WheelTurn, ButtonChange, MouseMotion, ModifierKeyChange> what;
 
     bool operator==(const ReplayInput&) const = default;
 };
@@ -61,9 +69,8 @@ inline constexpr TimePoint replayStart{std::chrono::milliseconds(1000)};
 ///
 /// All X and Y movement of one frame is one motion, at the place and the time of its first event.
 /// Every other input has the place and time of its own event, and a last frame without its end
-/// counts like any other. Modifier keys become the modifiers of what follows and no input of their
-/// own; keys that repeat, high-resolution wheel values, and whatever else a device may report are
-/// left out.
+/// counts like any other. Keys that are no modifiers, keys that repeat, high-resolution wheel
+/// values, and whatever else a device may report are left out.
 [[nodiscard]] ReplayInputs assembleInputs(const Recording& recording);
 
 }  // namespace tessara

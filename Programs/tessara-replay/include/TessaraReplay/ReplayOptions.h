@@ -11,12 +11,18 @@ namespace tessara {
 struct ReplayOptions {
     bool wantsHelp = false;
     bool wantsSummary = false;
+    /// Whether to print what the application in front receives, in place of what the program does.
+    bool wantsReceived = false;
+    std::optional<std::string> configFile;
+    std::optional<std::string> frontmostBundleID;
     std::optional<std::string> plotFile;
     std::vector<std::string> recordings;
 };
 
 inline constexpr const char* replayUsage =
-    "usage: tessara-replay [--summary] [--plot FILE.svg] RECORDING...\n";
+    "usage: tessara-replay [--summary] [--plot FILE.svg] [--config FILE] [--frontmost BUNDLE-ID]\n"
+    "                      RECORDING...\n"
+    "       tessara-replay --received [--config FILE] [--frontmost BUNDLE-ID] RECORDING...\n";
 
 /// Reads the arguments of a call, `argv` as `main` has it. Options may stand anywhere before "--".
 /// The error is one line that says which argument is at fault. Call it once in a process.

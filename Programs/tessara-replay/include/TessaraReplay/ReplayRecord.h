@@ -5,6 +5,7 @@
 #include <string>
 #include <variant>
 
+#include "Platform/CGEvent.h"
 #include "Platform/Dispatch/Clock.h"
 #include "TessaraCore/ModifierFlags.h"
 #include "TessaraCore/ScrollAxis.h"
@@ -57,6 +58,11 @@ struct RanShortcut {
     std::string name;
 };
 
+/// The application in front has received an event, posted or the hand's own.
+struct ReceivedEvent {
+    CGEvent event;
+};
+
 /// The recording is over and quiet, and everything is about to be let go.
 struct FinalReset {};
 
@@ -64,7 +70,7 @@ struct FinalReset {};
 struct ReplayRecord {
     TimePoint at;
     std::variant<HandledWheel, HandledButton, HandledMotion, PostedScroll, PostedKey, PostedButton,
-                 RequestedDPI, LaunchedApp, RanShortcut, FinalReset>
+                 RequestedDPI, LaunchedApp, RanShortcut, ReceivedEvent, FinalReset>
         what;
 };
 
