@@ -177,6 +177,7 @@ TEST(ScrollTransformer, the_relation_to_the_plan_before_decides_what_is_carried)
         {"same way, estimated", 100, 1, none, {}, continuePrevious, true, 62, 0.4, 4},
         {"same way, told", 100, 1, none, 20, continuePrevious, true, 80, 0.4, 4},
         {"on a frame of the grid", 96, 1, none, 0, begin, true, 100, 0.384, 8},
+        {"on the first frame", 8, 1, none, 0, begin, true, 100, 0.032, 8},
         {"before the first frame", 3, 1, none, {}, begin, true, 100, 0.012, 5},
         {"at the same time", 0, 1, none, {}, begin, true, 100, 0, 8},
         {"the other way", 100, -1, none, {}, endPreviousThenBegin, true, -50, 0, 8},
@@ -216,6 +217,27 @@ TEST(ScrollTransformer, a_chain_goes_on_from_where_the_curve_really_stood) {
     EXPECT_DOUBLE_EQ(planOf(transformer, click(249.9)).easingStartProgress, 0.9996);
     // The limit of 0.999 is for the shape of one plan and is not handed on.
     EXPECT_DOUBLE_EQ(planOf(transformer, click(374.9)).easingStartProgress, 0.9998);
+}
+
+TEST(ScrollTransformer, a_gesture_taken_over_is_under_way_before_the_new_plan_has_moved) {
+    for (const auto& [lines, transition] : {std::pair{1, GestureTransition::continuePrevious},
+                                            {-1, GestureTransition::endPreviousThenBegin}}) {
+        ScrollTransformer transformer{ScrollSettings{}};
+        planOf(transformer, click(0));
+        planOf(transformer, click(100));
+        EXPECT_EQ(planOf(transformer, click(101, lines), 0).gestureTransition, transition);
+    }
+}
+
+TEST(ScrollTransformer, a_click_at_the_very_end_of_a_glide_still_moves) {
+    for (const Easing easing : allCases<Easing>) {
+        ScrollTransformer transformer{{.easing = easing}};
+        planOf(transformer, click(0));
+        const ScrollPlan plan = planOf(transformer, click(std::nextafter(250.0, 0.0)));
+        EXPECT_EQ(plan.totalPixelDelta, 50);
+        EXPECT_EQ(sumOf(plan.steps), 50) << rawValue(easing);
+        EXPECT_GT(plan.steps.size(), 10U) << rawValue(easing);
+    }
 }
 
 TEST(ScrollTransformer, a_total_of_nothing_is_ignored_and_still_counts_as_a_click) {
