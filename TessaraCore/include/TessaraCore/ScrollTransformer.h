@@ -71,8 +71,8 @@ class ScrollTransformer {
     /// are taken for it. The call makes one heap allocation for a plan and none otherwise, and
     /// takes time in proportion to the number of frames, 5001 at most.
     ///
-    /// There is no error. Settings are limited to their ranges first. A timestamp that is not
-    /// finite, or a line delta of the smallest integer, stops the process.
+    /// There is no error. Settings are limited to their ranges first, and timestamps must be
+    /// finite. A line delta of the smallest integer stops the process.
     [[nodiscard]] ScrollOutcome transform(
         const ScrollInput& input,
         std::optional<std::int64_t> deliveredPixelsOfPreviousPlan = std::nullopt);
