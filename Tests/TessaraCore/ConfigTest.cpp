@@ -99,6 +99,8 @@ TEST(Config, a_document_that_cannot_be_used_is_refused_with_the_reason) {
     const Case cases[] = {
         {"newer", R"({"schemaVersion": 2, "profiles": 7})", newer("2")},
         {"newer and huge", R"({"schemaVersion": 1e300})", newer("9223372036854775807")},
+        {"newer than an integer", R"({"schemaVersion": 9223372036854775808})",
+         newer("9223372036854775807")},
         {"newer, with a fraction", R"({"schemaVersion": 2.9})", newer("2")},
         {"older", R"({"schemaVersion": 0})", noStep + "0"},
         {"older by far", R"({"schemaVersion": -3})", noStep + "-3"},
