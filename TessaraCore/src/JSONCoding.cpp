@@ -38,8 +38,8 @@ void failNumberOfKeys(const Path& path) {
 
 void failUnknownName(const Path& path, std::string_view found,
                      std::span<const std::string_view> names) {
-    fail(path, fmt::format("\"{}\" is none of \"{}\"", text::presentable(found),
-                           fmt::join(names, "\", \"")));
+    fail(path, fmt::format(R"("{}" is none of "{}")", text::presentable(found),
+                           fmt::join(names, R"(", ")")));
 }
 
 bool decodeBoolean(JSONValue value, const Path& path) {

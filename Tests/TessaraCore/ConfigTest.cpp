@@ -86,7 +86,7 @@ TEST(Config, numbers_out_of_range_are_kept_and_unknown_keys_are_passed_over) {
 
 TEST(Config, a_document_that_cannot_be_used_is_refused_with_the_reason) {
     const std::string valid = encodedDefault();
-    const std::string version = "\"schemaVersion\": 1";
+    const std::string version = R"("schemaVersion": 1)";
     struct Case {
         const char* name;
         std::string text;
@@ -107,11 +107,11 @@ TEST(Config, a_document_that_cannot_be_used_is_refused_with_the_reason) {
         {"older beyond measure", R"({"schemaVersion": -1e300})", noStep + "-9223372036854775808"},
         {"older, cut off", R"({"schemaVersion": 0.9})", noStep + "0"},
         {"a boolean that stands for 0", R"({"schemaVersion": false})", noStep + "0"},
-        {"a boolean that stands for 1", replaced(valid, version, "\"schemaVersion\": true"),
+        {"a boolean that stands for 1", replaced(valid, version, R"("schemaVersion": true)"),
          "schemaVersion: expected an integer, found a boolean"},
-        {"a fraction above 1", replaced(valid, version, "\"schemaVersion\": 1.5"),
+        {"a fraction above 1", replaced(valid, version, R"("schemaVersion": 1.5)"),
          "schemaVersion: expected an integer, found the number 1.5"},
-        {"a whole number with a point", replaced(valid, version, "\"schemaVersion\": 1.0"),
+        {"a whole number with a point", replaced(valid, version, R"("schemaVersion": 1.0)"),
          "decoded"},
         {"a text", R"({"schemaVersion": "1"})", "missing or non-numeric schemaVersion"},
         {"null", R"({"schemaVersion": null})", "missing or non-numeric schemaVersion"},
@@ -136,8 +136,8 @@ TEST(Config, each_key_of_the_document_is_required_but_one) {
     // Renaming a key takes it away: an unknown key in its place is passed over.
     const std::string valid = encodedDefault();
     int keys = 0;
-    for (std::size_t colon = valid.find("\":"); colon != std::string::npos;
-         colon = valid.find("\":", colon + 1)) {
+    for (std::size_t colon = valid.find(R"(":)"); colon != std::string::npos;
+         colon = valid.find(R"(":)", colon + 1)) {
         std::string text = valid;
         text.insert(colon, "?");
         EXPECT_NE(errorOf(text), "decoded") << text.substr(colon - 20, 30);
@@ -196,7 +196,7 @@ Config fullConfig() {
     for (const Action& action :
          {Action{PassThroughAction{}}, Action{KeyStrokeAction{8, ModifierFlags::command}},
           Action{SequenceAction{steps}}, Action{HoldAction{9}},
-          Action{RepeatWhileHeldAction{steps[3], 33.3}}, Action{LaunchAppAction{"org.\"é\"\\"}},
+          Action{RepeatWhileHeldAction{steps[3], 33.3}}, Action{LaunchAppAction{R"(org."é"\)"}},
           Action{RunShortcutAction{"Größer\n👩‍👩‍👧"}}}) {
         config.profiles[0].buttons.push_back(
             {.button = button++, .modifiers = ModifierFlags{~0U}, .action = action});

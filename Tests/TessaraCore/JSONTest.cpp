@@ -62,7 +62,7 @@ TEST(JSON, each_value_has_its_stored_form) {
                R"({"repeatWhileHeld":{"intervalMillis":0,"step":{"delay":{"millis":1}}}})");
     expectForm(Action{DPIShiftAction{400}}, R"({"dpiShift":{"toDPI":400}})");
     expectForm(Action{LaunchAppAction{"org.a\"b\\c\n\u0001é"}},
-               "{\"launchApp\":{\"bundleID\":\"org.a\\\"b\\\\c\\n\\u0001é\"}}");
+               R"({"launchApp":{"bundleID":"org.a\"b\\c\n\u0001é"}})");
     expectForm(Action{RunShortcutAction{""}}, R"({"runShortcut":{"name":""}})");
     expectForm(ButtonBinding{.button = 5, .action = DPIShiftAction{400}},
                R"({"action":{"dpiShift":{"toDPI":400}},"button":5,"isEnabled":true,)"
@@ -146,7 +146,7 @@ TEST(JSON, numbers_must_be_of_the_kind_and_range_that_is_asked_for) {
         {errorOf<ModifierFlags>, "3.5", "expected an integer, found the number 3.5"},
         {errorOf<ModifierFlags>, "1e300", "the number 1e+300 does not lie in 0 to 4294967295"},
         {errorOf<ModifierFlags>, "true", "expected an integer, found a boolean"},
-        {errorOf<ModifierFlags>, "\"3\"", "expected an integer, found a string"},
+        {errorOf<ModifierFlags>, R"("3")", "expected an integer, found a string"},
         {errorOf<ModifierFlags>, "null", "expected an integer, found null"},
         {errorOf<ScrollAxes>, "255", "decoded"},
         {errorOf<ScrollAxes>, "256", "the number 256 does not lie in 0 to 255"},
@@ -203,7 +203,7 @@ TEST(JSON, each_fault_of_a_structure_is_named_with_its_place) {
         {valid + R"("isEnabled":true,"note":1,"note":2})", "decoded"},
         {valid + R"("isEnabled":1})", "isEnabled: expected a boolean, found the number 1"},
         {valid + R"("id":"b","isEnabled":true})", "id: the key appears twice"},
-        {valid + "\"x\":0}", "isEnabled: the key is missing"},
+        {valid + R"("x":0})", "isEnabled: the key is missing"},
         {R"([])", "expected an object, found an array"},
         {R"({"id":7})", "id: expected a string, found the number 7"}};
     for (const auto& [json, expected] : cases)

@@ -18,10 +18,10 @@
 /// yours: see JSONCoding.h.
 namespace tessara {
 
-/// The value that `json`, UTF-8, stands for. A hostile text costs no more than time in proportion
+/// The value that `text`, UTF-8, stands for. A hostile one costs no more than time in proportion
 /// to its length: nesting beyond 512 levels is a syntax error.
 template <typename T>
-[[nodiscard]] std::expected<T, JSONError> decodeJSON(std::string_view json);
+[[nodiscard]] std::expected<T, JSONError> decodeJSON(std::string_view text);
 
 /// The stored form of `value`: UTF-8, indented by two spaces, keys sorted at every level. The
 /// same value always gives the same bytes, and decoding gives it back to the last bit of a number.
