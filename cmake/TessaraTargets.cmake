@@ -16,6 +16,11 @@ target_compile_options(TessaraBuildFlags INTERFACE
   # A fused multiply-add rounds once where the curves are defined with two roundings.
   -ffp-contract=off
   -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND (TESSARA_SANITIZE OR NOT CMAKE_BUILD_TYPE STREQUAL "Debug"))
+  # g++ 12 is wrong about these where it optimises: an engaged optional "may be uninitialized", a
+  # string that is assigned a literal overlaps itself.
+  target_compile_options(TessaraBuildFlags INTERFACE -Wno-maybe-uninitialized -Wno-restrict)
+endif()
 # In debug builds the library stops at an index or an optional that is not there.
 target_compile_definitions(TessaraBuildFlags INTERFACE $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
