@@ -90,6 +90,14 @@ std::expected<void, EventTapController::StartError> TessaraEngine::start() {
 
     profileWatcher_ = makeWatcher();
     profileWatcher_->start();
+    // The watcher tells only of a profile other than the document's for no application, while the
+    // pipelines may still have one of an earlier run or of an earlier document.
+    const Profile profile = profileWatcher_->currentProfile();
+    assignSettings(profile);
+    changeStatus([&](EngineStatus& status) {
+        status.activeProfileID = profile.id;
+        status.activeProfileName = profile.name;
+    });
 
     const std::uint64_t mask = requiredTapMask();
     auto tap = makeTapController(mask);
@@ -201,12 +209,7 @@ void TessaraEngine::applyProfile(const Profile& profile,
     router_->resetAll();
     macroExecutor_->drain();
 
-    auto assign = [this, profile] {
-        scrollPipeline_.setSettings(profile.scroll);
-        buttonPipeline_.setBindings(profile.buttons);
-        buttonPipeline_.setBaseDPI(profile.pointer.dpi);
-        pointerPipeline_.setSettings(profile.pointer);
-    };
+    auto assign = [this, profile] { assignSettings(profile); };
     // On the tap thread it is one unit between two events: no event sees half a profile.
     if (!tapController_ || !tapController_->perform(assign)) assign();
 
@@ -217,6 +220,13 @@ void TessaraEngine::applyProfile(const Profile& profile,
     });
     if (settingsApplier_) settingsApplier_->update(desiredSettings(profile));
     syncPointerTuning();
+}
+
+void TessaraEngine::assignSettings(const Profile& profile) {
+    scrollPipeline_.setSettings(profile.scroll);
+    buttonPipeline_.setBindings(profile.buttons);
+    buttonPipeline_.setBaseDPI(profile.pointer.dpi);
+    pointerPipeline_.setSettings(profile.pointer);
 }
 
 void TessaraEngine::activateProfile(const std::optional<std::string>& bundleID) {

@@ -127,6 +127,8 @@ class TessaraEngine : public std::enable_shared_from_this<TessaraEngine> {
 
     [[nodiscard]] std::uint64_t requiredTapMask() const;
     void applyProfile(const Profile& profile, const std::optional<std::string>& bundleID);
+    /// Gives the pipelines the settings of a profile. Tap thread, while there is one.
+    void assignSettings(const Profile& profile);
     void handleTapDisabled(TapDisableReason reason);
     [[nodiscard]] std::shared_ptr<ProfileWatcher> makeWatcher();
     [[nodiscard]] std::unique_ptr<EventTapController> makeTapController(std::uint64_t mask);

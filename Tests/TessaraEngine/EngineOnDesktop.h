@@ -1,0 +1,131 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include "HIDPlusPlus/HIDPPRunLoop.h"
+#include "Platform/Simulated/SimulatedDesktop.h"
+#include "Platform/Simulated/SimulatedHIDTransport.h"
+#include "TessaraEngine/CGEventPoster.h"
+#include "TessaraEngine/TessaraEngine.h"
+#include "TessaraEngine/TessaraEventTag.h"
+
+namespace tessara {
+
+inline constexpr std::uint16_t heldKey = 40;     // by button 3 of the default profile
+inline constexpr std::uint16_t macroKey = 41;    // at once, by button 4, up after 200 ms
+inline constexpr std::uint16_t delayedKey = 42;  // 100 ms after `macroKey`
+inline constexpr std::uint16_t gameKey = 50;     // held by button 4 of the game's profile
+inline constexpr std::int64_t shiftedDPI = 400;  // by button 5 of the default profile
+
+/// Two profiles without a tuned pointer: one for all, and one for the game, that scrolls as the
+/// system does.
+inline Config documentOfTwoProfiles() {
+    const std::vector<MacroStep> steps{KeyDownStep{.code = macroKey}, DelayStep{.millis = 100},
+                                       KeyStep{.code = delayedKey}, DelayStep{.millis = 100},
+                                       KeyUpStep{.code = macroKey}};
+    Profile plain{.id = "default",
+                  .name = "Default",
+                  .pointer = {.isEnabled = false, .dpi = 2000},
+                  .buttons = {{.button = 3, .action = HoldAction{.code = heldKey}},
+                              {.button = 4, .action = SequenceAction{.steps = steps}},
+                              {.button = 5, .action = DPIShiftAction{.toDPI = shiftedDPI}}}};
+    Profile game{.id = "game",
+                 .name = "Game",
+                 .scroll = ScrollSettings::passThrough,
+                 .pointer = {.isEnabled = false, .dpi = 1200},
+                 .buttons = {{.button = 4, .action = HoldAction{.code = gameKey}}}};
+    return {.profiles = {std::move(plain), std::move(game)},
+            .ruleSet = {.rules = {{.id = "1",
+                                   .pattern = ExactBundleID{"org.example.game"},
+                                   .profileID = "game"}},
+                        .defaultProfileID = "default"}};
+}
+
+/// The engine as a program runs it, not yet started, on a desktop with the mouse plugged in and an
+/// editor in front; a game and a browser are installed.
+class EngineOnDesktop {
+  public:
+    /// Called ahead of the engine's construction.
+    using Adjustment = std::function<void(TessaraEngine::Options&, SimulatedDesktop&)>;
+
+    explicit EngineOnDesktop(Dispatcher& dispatcher, Config config = documentOfTwoProfiles(),
+                             const Adjustment& adjust = {}, PointerHardwareTuning* tuning = nullptr)
+        : mainQueue(dispatcher.makeQueue("main", QualityOfService::userInteractive)),
+          desktop(dispatcher),
+          editor(desktop.workspace().install("org.example.editor", "Editor")),
+          game(desktop.workspace().install("org.example.game", "Game")),
+          browser(desktop.workspace().install("org.example.browser", "Browser")),
+          mouse(&desktop.attachTargetMouse()),
+          engine(std::make_shared<TessaraEngine>(std::move(config), options(adjust),
+                                                 platform(dispatcher), tuning)) {
+        desktop.workspace().bringToFront(editor);
+    }
+
+    /// What an application received since the last call, one line each, motion left out.
+    static std::vector<std::string> linesOf(SimulatedApplication& application) {
+        std::vector<std::string> lines;
+        for (const CGEvent& event : application.takeReceived())
+            if (auto line = lineOf(event); !line.empty()) lines.push_back(std::move(line));
+        return lines;
+    }
+
+    const std::shared_ptr<DispatchQueue> mainQueue;
+    SimulatedHIDTransport hidTransport;
+    SimulatedDesktop desktop;
+    SimulatedApplication& editor;
+    SimulatedApplication& game;
+    SimulatedApplication& browser;
+    SimulatedPointingDevice* mouse;
+    const std::shared_ptr<TessaraEngine> engine;
+
+  private:
+    static std::string lineOf(const CGEvent& event) {
+        using enum CGEventType;
+        switch (event.type) {
+            case keyDown:
+            case keyUp:
+                return fmt::format("key {} {}",
+                                   event.integerValue(CGEventField::keyboardEventKeycode),
+                                   event.type == keyDown ? "down" : "up");
+            case scrollWheel:
+                return isTessaraEmitted(event) ? "glide" : "wheel";
+            case otherMouseDown:
+            case otherMouseUp:
+                return fmt::format("button {} {}",
+                                   event.integerValue(CGEventField::mouseEventButtonNumber),
+                                   event.type == otherMouseDown ? "down" : "up");
+            default:
+                return {};
+        }
+    }
+
+    TessaraEngine::Options options(const Adjustment& adjust) {
+        TessaraEngine::Options options;
+        options.deviceMatches = {HIDPPDeviceMatch::g502X};
+        options.poster =
+            std::make_shared<CGEventPoster>(desktop.eventServices(), CGEventTapLocation::session);
+        if (adjust) adjust(options, desktop);
+        return options;
+    }
+
+    EnginePlatform platform(Dispatcher& dispatcher) {
+        return {.dispatcher = dispatcher,
+                .mainQueue = mainQueue,
+                .eventTaps = desktop.taps(),
+                .events = desktop.eventServices(),
+                .cursor = &desktop.displays(),
+                .hidEvents = desktop.devices(),
+                .hidRunLoop = std::make_shared<HIDPPRunLoop>(dispatcher, hidTransport),
+                .permissions = desktop.permissions(),
+                .workspace = desktop.workspace(),
+                .shortcuts = desktop.shortcuts()};
+    }
+};
+
+}  // namespace tessara
