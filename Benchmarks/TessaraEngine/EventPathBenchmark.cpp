@@ -138,47 +138,29 @@ void reportAllocations(benchmark::State& state, const AllocationCounter& allocat
                                                        benchmark::Counter::kAvgIterations);
 }
 
-/// Events that set nothing off, one after the other.
-void measureDispatch(benchmark::State& state, EventTapController& tap, CGEvent event) {
+/// Events that set nothing off, one after the other: none may allocate.
+void dispatch(benchmark::State& state, Cursor cursor, EventTapController EventPath::* tap,
+              CGEvent (EventPath::*make)() const) {
+    EventPath path(cursor);
+    CGEvent event = (path.*make)();
     AllocationCounter allocations;
     allocations.start();
     for (auto _ : state) {
-        benchmark::DoNotOptimize(dispatchNext(tap, event));
+        benchmark::DoNotOptimize(dispatchNext(path.*tap, event));
     }
     allocations.stop();
     reportAllocations(state, allocations);
     if (allocations.count() != 0) state.SkipWithError("the tap thread allocated");
 }
-
-void dispatchWithEmptyHandler(benchmark::State& state) {
-    EventPath path(Cursor::followsEvent);
-    measureDispatch(state, path.empty, path.motion());
-}
-BENCHMARK(dispatchWithEmptyHandler);
-
-void dispatchMotion(benchmark::State& state) {
-    EventPath path(Cursor::followsEvent);
-    measureDispatch(state, path.routing, path.motion());
-}
-BENCHMARK(dispatchMotion);
-
-void dispatchMotionThatMovesTheCursor(benchmark::State& state) {
-    EventPath path(Cursor::isMoved);
-    measureDispatch(state, path.routing, path.motion());
-}
-BENCHMARK(dispatchMotionThatMovesTheCursor);
-
-void dispatchForeignMotion(benchmark::State& state) {
-    EventPath path(Cursor::followsEvent);
-    measureDispatch(state, path.routing, path.foreignMotion());
-}
-BENCHMARK(dispatchForeignMotion);
-
-void dispatchOwnOutput(benchmark::State& state) {
-    EventPath path(Cursor::followsEvent);
-    measureDispatch(state, path.routing, path.ownOutput());
-}
-BENCHMARK(dispatchOwnOutput);
+BENCHMARK_CAPTURE(dispatch, emptyHandler, Cursor::followsEvent, &EventPath::empty,
+                  &EventPath::motion);
+BENCHMARK_CAPTURE(dispatch, motion, Cursor::followsEvent, &EventPath::routing, &EventPath::motion);
+BENCHMARK_CAPTURE(dispatch, motionThatMovesTheCursor, Cursor::isMoved, &EventPath::routing,
+                  &EventPath::motion);
+BENCHMARK_CAPTURE(dispatch, foreignMotion, Cursor::followsEvent, &EventPath::routing,
+                  &EventPath::foreignMotion);
+BENCHMARK_CAPTURE(dispatch, ownOutput, Cursor::followsEvent, &EventPath::routing,
+                  &EventPath::ownOutput);
 
 /// Events that set something off: each is timed by itself, and its work done in between.
 void measureWorkingDispatch(benchmark::State& state, EventPath& path, std::vector<CGEvent> events) {

@@ -125,13 +125,14 @@ TapVerdict InputRouter::routeWheel(const CGEvent& event, DeviceID deviceID) {
 }
 
 TapVerdict InputRouter::verdict(ScrollDisposition disposition) {
-    const bool passes = disposition == ScrollDisposition::passThrough;
-    count(passes ? &Metrics::passedThrough : &Metrics::suppressed);
-    return passes ? TapVerdict::pass : TapVerdict::suppress;
+    return countedVerdict(disposition == ScrollDisposition::passThrough);
 }
 
 TapVerdict InputRouter::verdict(ButtonDisposition disposition) {
-    const bool passes = disposition == ButtonDisposition::passThrough;
+    return countedVerdict(disposition == ButtonDisposition::passThrough);
+}
+
+TapVerdict InputRouter::countedVerdict(bool passes) {
     count(passes ? &Metrics::passedThrough : &Metrics::suppressed);
     return passes ? TapVerdict::pass : TapVerdict::suppress;
 }

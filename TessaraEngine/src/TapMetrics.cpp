@@ -2,19 +2,7 @@
 
 #include <limits>
 
-#include "TessaraCore/Precondition.h"
-
 namespace tessara {
-
-std::string_view rawValue(TapDisableReason reason) {
-    switch (reason) {
-        case TapDisableReason::timeout:
-            return "timeout";
-        case TapDisableReason::userInput:
-            return "userInput";
-    }
-    preconditionFailed("a reason that is none of the cases");
-}
 
 double TapMetrics::meanCallbackMicros() const {
     if (events == 0) return 0;

@@ -78,6 +78,7 @@ class InputRouter {
     TapVerdict routeButton(const CGEvent& event);
     TapVerdict routeMotion(CGEvent& event, DeviceID deviceID);
     TapVerdict routeWheel(const CGEvent& event, DeviceID deviceID);
+    TapVerdict countedVerdict(bool passes);
 
     /// Adds 1 to each of the counters, in one hold of the lock.
     template <typename... Counter>

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string_view>
 #include <variant>
 
 #include "TessaraCore/DeviceID.h"
+#include "TessaraCore/RawValue.h"
 
 namespace tessara {
 
@@ -15,8 +17,9 @@ enum class UnidentifiedReason : std::uint8_t {
     unknownSender    ///< the device is in no table, or not yet
 };
 
-/// The case's name.
-[[nodiscard]] std::string_view rawValue(UnidentifiedReason reason);
+template <>
+inline constexpr auto rawValues<UnidentifiedReason> =
+    std::to_array<std::string_view>({"spiUnavailable", "noHIDEvent", "unknownSender"});
 
 /// The event is from a device that the program reshapes.
 struct TargetDevice {

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string_view>
+
+#include "TessaraCore/RawValue.h"
 
 namespace tessara {
 
@@ -11,8 +14,9 @@ enum class TapDisableReason : std::uint8_t {
     userInput  ///< something of the user's made the system do it
 };
 
-/// The case's name.
-[[nodiscard]] std::string_view rawValue(TapDisableReason reason);
+template <>
+inline constexpr auto rawValues<TapDisableReason> =
+    std::to_array<std::string_view>({"timeout", "userInput"});
 
 /// How the tap's callbacks fared. Disable notices are no callbacks.
 struct TapMetrics {
