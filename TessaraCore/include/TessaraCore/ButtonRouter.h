@@ -35,10 +35,8 @@ struct ButtonRange {
 /// that one thread at a time uses it.
 class ButtonRouter {
   public:
-    /// The buttons that the user can bind, both ends included. The router itself sets no such
-    /// limit.
-    static constexpr std::int64_t firstBindableButton = 3;
-    static constexpr std::int64_t lastBindableButton = 15;
+    /// The buttons that the user can bind. The router itself sets no such limit.
+    static constexpr ButtonRange bindableButtons{.first = 3, .last = 15};
 
     /// What a press chose.
     struct HeldState {
