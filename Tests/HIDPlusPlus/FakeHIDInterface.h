@@ -18,13 +18,14 @@ class FakeHIDInterface final : public HIDInterface,
   public:
     using Bytes = std::vector<std::uint8_t>;
 
+    FakeHIDInterface() { described.usagePairs.push_back({0xFF00, 1}); }
+
     // Set before the interface is in use, or on the queue that listens.
     HIDInterfaceProperties described{.vendorID = 0x046D,
                                      .productID = 0xC099,
                                      .product = "Gaming Mouse",
                                      .maxInputReportSize = 20,
-                                     .maxOutputReportSize = 20,
-                                     .usagePairs = {{0xFF00, 1}}};
+                                     .maxOutputReportSize = 20};
     std::uint64_t id = 77;
     std::atomic<IOReturn> openResult = IOReturn::success;
     std::atomic<IOReturn> writeResult = IOReturn::success;
