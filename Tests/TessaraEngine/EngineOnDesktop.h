@@ -6,8 +6,12 @@
 #include <utility>
 #include <vector>
 
+#include <asio/co_spawn.hpp>
+#include <asio/detached.hpp>
 #include <fmt/format.h>
+#include <gtest/gtest.h>
 
+#include "HIDPlusPlus/HIDPPDevice.h"
 #include "HIDPlusPlus/HIDPPRunLoop.h"
 #include "Platform/Simulated/SimulatedDesktop.h"
 #include "Platform/Simulated/SimulatedHIDTransport.h"
@@ -47,12 +51,27 @@ inline Config documentOfTwoProfiles() {
                         .defaultProfileID = "default"}};
 }
 
+// An application's own connection to the mouse.
+
+inline void connect(const std::shared_ptr<HIDPPDevice>& device, DispatchQueue& queue) {
+    auto connecting = [](std::shared_ptr<HIDPPDevice> wanted) -> asio::awaitable<void> {
+        EXPECT_TRUE(co_await wanted->connect());
+    };
+    asio::co_spawn(queue.executor(), connecting(device), asio::detached);
+}
+inline void disconnect(const std::shared_ptr<HIDPPDevice>& device, DispatchQueue& queue) {
+    auto disconnecting = [](std::shared_ptr<HIDPPDevice> leaving) -> asio::awaitable<void> {
+        co_await leaving->disconnect();
+    };
+    asio::co_spawn(queue.executor(), disconnecting(device), asio::detached);
+}
+
 /// The engine as a program runs it, not yet started, on a desktop with the mouse plugged in and an
 /// editor in front; a game and a browser are installed.
 class EngineOnDesktop {
   public:
-    /// Called ahead of the engine's construction.
-    using Adjustment = std::function<void(TessaraEngine::Options&, SimulatedDesktop&)>;
+    /// Called ahead of the engine's construction, with all else in place.
+    using Adjustment = std::function<void(TessaraEngine::Options&, EngineOnDesktop&)>;
 
     explicit EngineOnDesktop(Dispatcher& dispatcher, Config config = documentOfTwoProfiles(),
                              const Adjustment& adjust = {}, PointerHardwareTuning* tuning = nullptr)
@@ -110,7 +129,7 @@ class EngineOnDesktop {
         options.deviceMatches = {HIDPPDeviceMatch::g502X};
         options.poster =
             std::make_shared<CGEventPoster>(desktop.eventServices(), CGEventTapLocation::session);
-        if (adjust) adjust(options, desktop);
+        if (adjust) adjust(options, *this);
         return options;
     }
 

@@ -74,7 +74,7 @@ class Session {
         : dispatcher_(dispatcher),
           dice_(seed),
           on_(dispatcher, documents_[1],
-              [this](TessaraEngine::Options& options, SimulatedDesktop&) {
+              [this](TessaraEngine::Options& options, EngineOnDesktop&) {
                   options.poster =
                       std::make_shared<WatchedPoster>(std::move(options.poster), gestures_);
               }),

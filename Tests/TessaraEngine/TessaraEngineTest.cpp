@@ -347,8 +347,8 @@ TEST_F(TessaraEngineTest, every_listener_hears_the_present_status_first_and_then
 TEST_F(TessaraEngineTest, without_the_private_calls_it_starts_and_every_event_passes) {
     Config document = documentOfTwoProfiles();
     document.profiles[0].pointer.isEnabled = true;
-    use(document, [](TessaraEngine::Options&, SimulatedDesktop& desktop) {
-        desktop.devices().hide(HIDSymbol::cgEventCopyIOHIDEvent);
+    use(document, [](TessaraEngine::Options&, EngineOnDesktop& parts) {
+        parts.desktop.devices().hide(HIDSymbol::cgEventCopyIOHIDEvent);
     });
     start();
     EXPECT_THAT(status().missingSPISymbols, ElementsAre("CGEventCopyIOHIDEvent"));
