@@ -102,19 +102,19 @@ void PointerHardwareTuning::deviceBecameReady() {
         if (status_.isApplied) restore(PointerTuningRestoreReason::notRequested);
         return;
     }
-    if (status_.capture) {
-        const auto services = environment_.backend.services();
-        const bool isStillThere = std::ranges::any_of(services, [&](const auto& service) {
-            return service.registryID == status_.capture->service.registryID;
-        });
-        if (!isStillThere) {
-            forgetCapture();
-            status_.isApplied = false;
-            status_.restoreFailed = false;
-            status_.restoreFailedKeys.clear();
-        }
+    if (status_.capture && !isAttached(status_.capture->service)) {
+        forgetCapture();
+        status_.isApplied = false;
+        status_.restoreFailed = false;
+        status_.restoreFailedKeys.clear();
     }
     apply();
+}
+
+bool PointerHardwareTuning::isAttached(const PointerServiceIdentity& service) {
+    return std::ranges::any_of(environment_.backend.services(), [&](const auto& present) {
+        return present.registryID == service.registryID;
+    });
 }
 
 void PointerHardwareTuning::apply() {
@@ -124,6 +124,12 @@ void PointerHardwareTuning::apply() {
         status_.target.reset();
         status_.lastError = "no matching pointer collection is attached";
         return;
+    }
+    // There is one place for originals. Those of another mouse that is still there go back first.
+    if (status_.capture && status_.capture->service.registryID != target->registryID &&
+        isAttached(status_.capture->service)) {
+        restore(PointerTuningRestoreReason::targetDisappeared);
+        if (status_.capture) return;
     }
     status_.target = target;
 

@@ -93,6 +93,7 @@ class PointerHardwareTuning {
   private:
     [[nodiscard]] bool shouldBeApplied() const;
     [[nodiscard]] std::optional<PointerServiceIdentity> resolveTarget();
+    [[nodiscard]] bool isAttached(const PointerServiceIdentity& service);
     [[nodiscard]] std::string accelerationKey(const PointerServiceIdentity& service);
     [[nodiscard]] PointerTuningCapture readCapture(const PointerServiceIdentity& service);
 
