@@ -114,6 +114,7 @@ double microsecondsAt(Lateness& lateness, double quantile) {
 
 void report(benchmark::State& state, const std::string& whose, Lateness& lateness) {
     state.counters[whose + "_p50_us"] = microsecondsAt(lateness, 0.50);
+    state.counters[whose + "_p90_us"] = microsecondsAt(lateness, 0.90);
     state.counters[whose + "_p99_us"] = microsecondsAt(lateness, 0.99);
     state.counters[whose + "_max_us"] = microsecondsAt(lateness, 1.0);
 }

@@ -123,7 +123,7 @@ TEST_F(ThreadedDispatcherTest, waits_at_its_end_for_a_queue_that_was_let_go_by_i
     leaving.post([&, lastHolder = std::move(queue)]() mutable {
         lastHolder.reset();
         letGo.set_value();
-        for (int i = 0; i < 1000; ++i)
+        for (int i = 0; i < 10; ++i)
             std::this_thread::yield();
         hasEnded = true;
     });

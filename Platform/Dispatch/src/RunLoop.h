@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <memory>
@@ -19,8 +20,6 @@
 #include "Platform/Dispatch/Mutex.h"
 
 namespace tessara {
-
-class RepeatingTimer;
 
 /// The threads whose queues ended within one of their own blocks, and which therefore nobody could
 /// join. They are on their last block.
@@ -45,9 +44,9 @@ class DepartingThreads {
 /// in the same loop. The queue owns it; the thread and the queue's timers share it.
 class RunLoop final : public std::enable_shared_from_this<RunLoop> {
   public:
-    explicit RunLoop(std::shared_ptr<DepartingThreads> departing);
+    RunLoop(std::shared_ptr<DepartingThreads> departing, QualityOfService quality);
 
-    void start(std::string label, QualityOfService quality);
+    void start(std::string label);
 
     /// Ends the thread after the block that it is running, and waits for it unless this is it. What
     /// has not yet run is destroyed on the thread.
@@ -76,13 +75,16 @@ class RunLoop final : public std::enable_shared_from_this<RunLoop> {
 
     void wake();
     void run();
+    void runFromTimer();
     void runDue() noexcept;
     [[nodiscard]] std::optional<DispatchQueue::Block> takeDue();
     void setWakeUp(TimePoint moment) TESSARA_REQUIRES(mutex_);
 
     const SystemClock clock_;
     const std::shared_ptr<DepartingThreads> departing_;
-    std::thread thread_;  // set by start(), let go by end()
+    const QualityOfService quality_;
+    const std::chrono::nanoseconds lead_;  // by how much the thread wakes ahead of a deadline
+    std::thread thread_;                   // set by start(), let go by end()
 
     asio::io_context io_{1};  // one thread runs it
     const asio::executor_work_guard<asio::io_context::executor_type> work_{io_.get_executor()};

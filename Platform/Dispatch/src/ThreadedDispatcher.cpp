@@ -17,8 +17,9 @@ class ThreadedDispatcher::Queue final : public DispatchQueue,
                                         public std::enable_shared_from_this<Queue> {
   public:
     Queue(std::shared_ptr<DepartingThreads> departing, std::string label, QualityOfService quality)
-        : loop_(std::make_shared<RunLoop>(std::move(departing))), label_(std::move(label)) {
-        loop_->start(label_, quality);
+        : loop_(std::make_shared<RunLoop>(std::move(departing), quality)),
+          label_(std::move(label)) {
+        loop_->start(label_);
     }
     ~Queue() override { loop_->end(); }
 
