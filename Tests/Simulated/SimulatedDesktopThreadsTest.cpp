@@ -86,6 +86,20 @@ TEST(SimulatedDesktopThreads, every_event_comes_out_once_and_in_order_while_all_
             tapQueue->drain();
         }
     });
+    hands.emplace_back([&] {
+        for (int step = 0; step < steps / 10; ++step) {
+            // Both the tap and its queue go while events are on their way to them.
+            const auto queue = dispatcher.makeQueue("test.brief", QualityOfService::standard);
+            std::unique_ptr<EventTap> brief;
+            queue->post([&] {
+                brief = desktop.taps().makeTap(
+                    {.location = CGEventTapLocation::hid, .eventsOfInterest = ~std::uint64_t{0}},
+                    queue, [](CGEventType, CGEvent&) { return true; });
+                brief->setEnabled(true);
+            });
+            queue->drain();
+        }
+    });
     for (auto& hand : hands)
         hand.join();
     desktop.settle();
