@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "Paths.h"
 #include "TessaraCore/Config.h"
 #include "TessaraCore/Overloaded.h"
 #include "TessaraCore/Profile.h"

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "Paths.h"
 #include "ProgramRun.h"
 #include "TessaraCore/Config.h"
 
