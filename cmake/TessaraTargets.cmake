@@ -75,10 +75,15 @@ function(tessara_benchmark name)
 endfunction()
 
 # tessara_fuzzer(NAME SOURCES ... LIBRARIES ...)
-# A libFuzzer program; its seeds stand in Fuzz/Corpus/NAME.
+# A libFuzzer program, built with all others of its kind by the target `fuzzers`; its seeds stand in
+# Fuzz/Corpus/NAME.
 function(tessara_fuzzer name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} TessaraBuildFlags)
   target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+  if(NOT TARGET fuzzers)
+    add_custom_target(fuzzers)
+  endif()
+  add_dependencies(fuzzers ${name})
 endfunction()
