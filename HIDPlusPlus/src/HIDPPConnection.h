@@ -78,7 +78,7 @@ class HIDPPConnection {
     HIDPPTask<std::uint8_t> sensorCount();
     HIDPPTask<HIDPPDPIRange> dpiRange(std::uint8_t sensor);
     HIDPPTask<HIDPPDPIState> dpi(std::uint8_t sensor);
-    HIDPPTask<std::int64_t> setDPI(std::int64_t dpi, std::uint8_t sensor);
+    HIDPPTask<std::int64_t> setDPI(std::int64_t wanted, std::uint8_t sensor);
     HIDPPTask<HIDPPReportRateInfo> reportRate();
     HIDPPTask<void> setReportRate(HIDPPReportRate rate);
     HIDPPTask<HIDPPWheelCapability> wheelCapability();

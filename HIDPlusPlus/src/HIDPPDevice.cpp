@@ -28,10 +28,10 @@ using Work = std::function<asio::awaitable<void>(HIDPPDeviceCore&)>;
 /// caller does not reach it. This is the one place where a coroutine is started, and no template:
 /// it is Asio's part in this that takes long to compile.
 asio::awaitable<void> runOnQueue(Core core, Work work) {
-    auto executor = core->queue()->executor();
+    const auto executor = core->queue()->executor();
     auto run = [core = std::move(core), work = std::move(work)] { return work(*core); };
     co_await asio::co_spawn(
-        std::move(executor), std::move(run),
+        executor, std::move(run),
         asio::bind_cancellation_slot(asio::cancellation_slot(), asio::use_awaitable));
 }
 

@@ -171,12 +171,10 @@ void HIDPPDeviceCore::startMonitoring() {
     monitor_ = std::make_shared<HIDPPHotplugMonitor>(
         runLoop_, match_,
         [weakCore = weak_from_this(), queue = queue_] {
-            asio::co_spawn(
-                queue->executor(),
-                [weakCore]() -> asio::awaitable<void> {
-                    if (const auto core = weakCore.lock()) co_await core->deviceAppeared();
-                },
-                RethrowException());
+            auto appear = [](std::weak_ptr<HIDPPDeviceCore> weak) -> asio::awaitable<void> {
+                if (const auto core = weak.lock()) co_await core->deviceAppeared();
+            };
+            asio::co_spawn(queue->executor(), appear(weakCore), RethrowException());
         },
         [weakCore = weak_from_this(), queue = queue_](std::uint64_t registryID) {
             queue->post([weakCore, registryID] {

@@ -78,7 +78,8 @@ asio::awaitable<bool> sleepUntil(std::shared_ptr<DispatchQueue> queue, TimePoint
 
 asio::awaitable<void> resumeOn(std::shared_ptr<DispatchQueue> queue) {
     const auto initiate = [queue = std::move(queue)](auto handler) {
-        const auto target = queue;
+        // The handler, once posted, may end the coroutine and with it `queue`.
+        const auto target = queue;  // NOLINT(performance-unnecessary-copy-initialization)
         target->post(std::move(handler));
     };
     co_await asio::async_initiate<const asio::use_awaitable_t<>, void()>(initiate,

@@ -22,6 +22,8 @@ int openTimer() {
 DeadlineTimer::DeadlineTimer(asio::io_context& io)
     : descriptor_(io, openTimer()), fileDescriptor_(descriptor_.native_handle()) {}
 
+// It sets the kernel's timer: nothing of the object itself, and yet no reading.
+// NOLINTNEXTLINE(readability-make-member-function-const)
 void DeadlineTimer::set(TimePoint moment) noexcept {
     constexpr std::int64_t nanosecondsPerSecond = 1'000'000'000;
     itimerspec setting{};  // all zero: never
