@@ -30,9 +30,9 @@ bool wasTaken(std::optional<PointerPropertyWrite> write) {
 
 }  // namespace
 
-PointerHardwareTuning::PointerHardwareTuning(const Environment& environment,
+PointerHardwareTuning::PointerHardwareTuning(Environment environment,
                                              std::vector<HIDPPDeviceMatch> matches)
-    : environment_(environment), matches_(std::move(matches)) {
+    : environment_(std::move(environment)), matches_(std::move(matches)) {
     status_.isSupported = environment_.backend.canWrite();
     status_.isEnabled = environment_.defaults.boolean(enabledKey).value_or(true);
     recoverStrandedCapture();

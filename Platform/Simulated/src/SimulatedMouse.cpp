@@ -16,8 +16,8 @@ constexpr std::uint8_t errorMark10 = 0x8F;
 constexpr std::uint8_t wheelFeatureRatchetEvent = 1;
 constexpr std::uint16_t wheelFeature = 0x2121;
 
-SimulatedMouse::Bytes report(std::uint8_t reportID, std::initializer_list<std::uint8_t> header,
-                             std::span<const std::uint8_t> payload) {
+SimulatedMouse::Bytes makeReport(std::uint8_t reportID, std::initializer_list<std::uint8_t> header,
+                                 std::span<const std::uint8_t> payload) {
     SimulatedMouse::Bytes bytes{reportID};
     bytes.insert(bytes.end(), header);
     bytes.insert(bytes.end(), payload.begin(), payload.end());
@@ -56,15 +56,15 @@ void SimulatedMouse::disconnect() {
     connect({}, {});
 }
 
-void SimulatedMouse::receive(std::span<const std::uint8_t> bytes) {
-    const bool isShort = bytes.size() == shortReportSize && bytes[0] == shortReportID;
-    const bool isLong = bytes.size() == longReportSize && bytes[0] == longReportID;
+void SimulatedMouse::receive(std::span<const std::uint8_t> report) {
+    const bool isShort = report.size() == shortReportSize && report[0] == shortReportID;
+    const bool isLong = report.size() == longReportSize && report[0] == longReportID;
     if (!isShort && !isLong) return;
-    const Request request{.reportID = bytes[0],
-                          .deviceIndex = bytes[1],
-                          .featureIndex = bytes[2],
-                          .functionByte = bytes[3],
-                          .parameters = bytes.subspan(headerSize)};
+    const Request request{.reportID = report[0],
+                          .deviceIndex = report[1],
+                          .featureIndex = report[2],
+                          .functionByte = report[3],
+                          .parameters = report.subspan(headerSize)};
     Sending sending;
     {
         MutexLock lock(mutex_);
@@ -87,31 +87,34 @@ void SimulatedMouse::reply(const Request& request, Sending& sending) {
     }
     const auto sendError = [&](std::uint8_t mark, std::uint8_t code) {
         sending.reports.emplace_back(
-            report(request.reportID,
-                   {request.deviceIndex, mark, request.featureIndex, request.functionByte, code},
-                   {}),
+            makeReport(
+                request.reportID,
+                {request.deviceIndex, mark, request.featureIndex, request.functionByte, code}, {}),
             std::chrono::nanoseconds{0});
     };
     if (fault == Fault::vanish) {
         sending.vanishes = true;
         return;
     }
-    if (fault == Fault::error10) return sendError(errorMark10, errorCode_);
-    if (fault == Fault::error20) return sendError(errorMark20, errorCode_);
+    if (fault == Fault::error10 || fault == Fault::error20) {
+        sendError(fault == Fault::error10 ? errorMark10 : errorMark20, errorCode_);
+        return;
+    }
 
     const Answer answered = answer(request);
     if (fault == Fault::noReply) return;
     if (const auto* code = std::get_if<std::uint8_t>(&answered)) {
-        return sendError(errorMark20, *code);
+        sendError(errorMark20, *code);
+        return;
     }
-    const Bytes& payload = std::get<Bytes>(answered);
+    const auto& payload = std::get<Bytes>(answered);
     const bool fitsShort = payload.size() <= shortReportSize - headerSize;
-    const std::uint8_t reportID =
+    const auto reportID =
         request.reportID == shortReportID && fitsShort ? shortReportID : longReportID;
-    const auto featureIndex = static_cast<std::uint8_t>(
+    const auto answeredIndex = static_cast<std::uint8_t>(
         fault == Fault::wrongFeatureIndex ? request.featureIndex + 1 : request.featureIndex);
     Bytes out =
-        report(reportID, {request.deviceIndex, featureIndex, request.functionByte}, payload);
+        makeReport(reportID, {request.deviceIndex, answeredIndex, request.functionByte}, payload);
     if (fault == Fault::shortReply) out.resize(headerSize);
     const auto delay = fault == Fault::lateReply ? lateness_ : std::chrono::nanoseconds{0};
     if (fault == Fault::replyTwice) sending.reports.emplace_back(out, delay);
@@ -126,8 +129,9 @@ void SimulatedMouse::powerCycle() {
 void SimulatedMouse::notify(std::uint8_t featureIndex, std::uint8_t function,
                             std::span<const std::uint8_t> payload) {
     constexpr std::uint8_t wiredIndex = 0xFF;
-    send(report(longReportID, {wiredIndex, featureIndex, static_cast<std::uint8_t>(function << 4U)},
-                payload));
+    send(makeReport(longReportID,
+                    {wiredIndex, featureIndex, static_cast<std::uint8_t>(function << 4U)},
+                    payload));
 }
 
 void SimulatedMouse::setRatchet(bool isEngaged) {
@@ -146,13 +150,13 @@ void SimulatedMouse::setDPIByHand(std::uint16_t dpi) {
     settings_.dpi = dpi;
 }
 
-void SimulatedMouse::send(const Bytes& bytes) {
+void SimulatedMouse::send(const Bytes& report) {
     Output output;
     {
         MutexLock lock(mutex_);
         output = output_;
     }
-    if (output) output(bytes, std::chrono::nanoseconds{0});
+    if (output) output(report, std::chrono::nanoseconds{0});
 }
 
 void SimulatedMouse::injectFault(Fault fault, std::size_t count) {

@@ -53,7 +53,7 @@ class PointerHardwareTuning {
     };
 
     /// Puts back at once what an earlier run left in force.
-    PointerHardwareTuning(const Environment& environment, std::vector<HIDPPDeviceMatch> matches);
+    PointerHardwareTuning(Environment environment, std::vector<HIDPPDeviceMatch> matches);
 
     PointerHardwareTuning(const PointerHardwareTuning&) = delete;
     PointerHardwareTuning& operator=(const PointerHardwareTuning&) = delete;

@@ -13,7 +13,7 @@ class SimulatedWallClock final : public WallClock {
     std::chrono::sys_seconds moment{std::chrono::sys_days{std::chrono::January / 2 / 2026}};
 
     [[nodiscard]] std::chrono::sys_seconds now() const override { return moment; }
-    [[nodiscard]] std::string localStamp(std::chrono::sys_seconds moment) const override;
+    [[nodiscard]] std::string localStamp(std::chrono::sys_seconds stamped) const override;
 };
 
 }  // namespace tessara
