@@ -79,6 +79,8 @@ struct ScrollPipeline::Core {
     /// On the queue: counts a step and posts it, unless its plan was cancelled in the meantime.
     void fire(const ScrollPlan& plan, const ScrollStep& step) {
         const ModifierFlags modifiers = step.modifiers.value_or(plan.modifiers);
+        // A plan made right after a reset may be here before the reset's own block.
+        closeGestures();
         {
             MutexLock lock(mutex);
             const auto entry = plans.find(plan.id);
@@ -105,6 +107,17 @@ struct ScrollPipeline::Core {
         }
     }
 
+    /// On the queue: ends the gestures that a reset left to be ended.
+    void closeGestures() {
+        std::map<ScrollAxis, ModifierFlags> closing;
+        {
+            MutexLock lock(mutex);
+            closing.swap(gesturesToClose);
+        }
+        for (const auto& [axis, modifiers] : closing)
+            poster->postScrollStep(axis, 0, ScrollPhase::ended, modifiers);
+    }
+
     const std::shared_ptr<EventPosting> poster;
     const std::shared_ptr<DispatchQueue> queue;
 
@@ -114,6 +127,8 @@ struct ScrollPipeline::Core {
     std::unordered_map<std::uint64_t, PlanRuntime> plans TESSARA_GUARDED_BY(mutex);
     /// The axes whose gesture was posted and not ended, with the modifiers of its last step.
     std::map<ScrollAxis, ModifierFlags> openGestureModifiers TESSARA_GUARDED_BY(mutex);
+    /// Those of them that a reset took out, until their end is posted.
+    std::map<ScrollAxis, ModifierFlags> gesturesToClose TESSARA_GUARDED_BY(mutex);
     Metrics metrics TESSARA_GUARDED_BY(mutex);
 };
 
@@ -185,7 +200,6 @@ void ScrollPipeline::schedule(const ScrollPlan& plan) {
 }
 
 void ScrollPipeline::reset() {
-    std::map<ScrollAxis, ModifierFlags> open;
     {
         MutexLock lock(core_->mutex);
         core_->transformer.reset();
@@ -193,17 +207,14 @@ void ScrollPipeline::reset() {
             runtime.isCancelled = true;
             core_->metrics.stepsCancelled += std::max<std::int64_t>(runtime.pending, 0);
         }
-        open.swap(core_->openGestureModifiers);
+        auto& open = core_->openGestureModifiers;
+        if (open.empty()) return;
         core_->metrics.gesturesForceClosed += static_cast<std::int64_t>(open.size());
+        core_->gesturesToClose.merge(open);
+        open.clear();
     }
-    if (open.empty()) return;
-    // Holds the sink and the queue themselves: the gestures are ended also when the pipeline is
-    // gone by then.
-    core_->queue->post([poster = core_->poster, queue = core_->queue, open = std::move(open)] {
-        for (const auto& [axis, modifiers] : open) {
-            poster->postScrollStep(axis, 0, ScrollPhase::ended, modifiers);
-        }
-    });
+    // Holds the core: the gestures are ended also when the pipeline is gone by then.
+    core_->queue->post([core = core_] { core->closeGestures(); });
 }
 
 ScrollPipeline::Metrics ScrollPipeline::snapshotMetrics() const {
