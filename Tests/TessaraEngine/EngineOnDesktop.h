@@ -51,6 +51,30 @@ inline Config documentOfTwoProfiles() {
                         .defaultProfileID = "default"}};
 }
 
+/// Documents that a user's edits go back and forth between; all kinds of actions, tuned motion, and
+/// the last one disabled.
+inline std::vector<Config> documentsOfAUser() {
+    Config rich = documentOfTwoProfiles();
+    const std::vector<MacroStep> leavesDown{KeyDownStep{.code = 60}, MouseButtonStep{.number = 2},
+                                            DelayStep{.millis = 30},
+                                            KeyStep{61, ModifierFlags::command}};
+    std::vector<ButtonBinding>& buttons = rich.profiles[0].buttons;
+    buttons.push_back(
+        {.button = 6,
+         .action = RepeatWhileHeldAction{.step = KeyStep{.code = 62}, .intervalMillis = 20}});
+    buttons.push_back({.button = 7, .action = SequenceAction{.steps = leavesDown}});
+    buttons.push_back({.button = 8, .action = KeyStrokeAction{63, ModifierFlags::shift}});
+    buttons.push_back({.button = 1,
+                       .modifiers = ModifierFlags::control,
+                       .action = HoldAction{.code = heldKey, .modifiers = ModifierFlags::option}});
+    Config tuned = rich;
+    tuned.profiles[0].pointer.isEnabled = true;
+    tuned.profiles[1].scroll = ScrollSettings{};
+    Config disabled = rich;
+    disabled.isEnabled = false;
+    return {documentOfTwoProfiles(), rich, tuned, tuned, disabled};
+}
+
 // An application's own connection to the mouse.
 
 inline void connect(const std::shared_ptr<HIDPPDevice>& device, DispatchQueue& queue) {

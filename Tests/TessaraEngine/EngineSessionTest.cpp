@@ -8,9 +8,8 @@
 
 #include "EngineOnDesktop.h"
 #include "Platform/Dispatch/ManualDispatcher.h"
-#include "Support/GestureChecker.h"
 #include "Support/TestDispatcher.h"
-#include "TessaraEngine/EventPosting.h"
+#include "WatchedPoster.h"
 
 namespace tessara {
 namespace {
@@ -19,52 +18,6 @@ using std::chrono::milliseconds;
 using ::testing::IsEmpty;
 
 constexpr int steps = 4000;
-
-/// Documents between which a session goes back and forth: the user's edits.
-std::vector<Config> documents() {
-    Config rich = documentOfTwoProfiles();
-    const std::vector<MacroStep> leavesDown{KeyDownStep{.code = 60}, MouseButtonStep{.number = 2},
-                                            DelayStep{.millis = 30},
-                                            KeyStep{61, ModifierFlags::command}};
-    std::vector<ButtonBinding>& buttons = rich.profiles[0].buttons;
-    buttons.push_back(
-        {.button = 6,
-         .action = RepeatWhileHeldAction{.step = KeyStep{.code = 62}, .intervalMillis = 20}});
-    buttons.push_back({.button = 7, .action = SequenceAction{.steps = leavesDown}});
-    buttons.push_back({.button = 8, .action = KeyStrokeAction{63, ModifierFlags::shift}});
-    buttons.push_back({.button = 1,
-                       .modifiers = ModifierFlags::control,
-                       .action = HoldAction{.code = heldKey, .modifiers = ModifierFlags::option}});
-    Config tuned = rich;
-    tuned.profiles[0].pointer.isEnabled = true;
-    tuned.profiles[1].scroll = ScrollSettings{};
-    Config disabled = rich;
-    disabled.isEnabled = false;
-    return {documentOfTwoProfiles(), rich, tuned, tuned, disabled};
-}
-
-/// The way out, with an eye on the gestures: the event of an end does not say of which axis it is.
-class WatchedPoster final : public EventPosting {
-  public:
-    WatchedPoster(std::shared_ptr<EventPosting> sink, testing::GestureChecker& gestures)
-        : sink_(std::move(sink)), gestures_(gestures) {}
-
-    void postScrollStep(ScrollAxis axis, std::int64_t pixelDelta, ScrollPhase phase,
-                        ModifierFlags modifiers) override {
-        gestures_.step(axis, pixelDelta, phase);
-        sink_->postScrollStep(axis, pixelDelta, phase, modifiers);
-    }
-    void postKey(std::uint16_t code, bool isDown, ModifierFlags modifiers) override {
-        sink_->postKey(code, isDown, modifiers);
-    }
-    void postMouseButton(std::int64_t number, bool isDown) override {
-        sink_->postMouseButton(number, isDown);
-    }
-
-  private:
-    const std::shared_ptr<EventPosting> sink_;
-    testing::GestureChecker& gestures_;
-};
 
 /// A user, a system and a program that do one thing after another, as dice will have it, and the
 /// account of what came of it.
@@ -291,7 +244,7 @@ class Session {
 
     ManualDispatcher& dispatcher_;
     std::mt19937_64 dice_;
-    const std::vector<Config> documents_ = documents();
+    const std::vector<Config> documents_ = documentsOfAUser();
     testing::GestureChecker gestures_;
     EngineOnDesktop on_;
     const std::array<SimulatedPointingDevice*, 3> foreign_;
