@@ -15,7 +15,7 @@ namespace {
 
 template <typename T>
 void appendNumber(std::string& text, T value) {
-    std::array<char, 32> buffer;  // the longest double takes 24
+    std::array<char, 32> buffer{};  // the longest double takes 24
     const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
     TESSARA_PRECONDITION(error == std::errc{}, "a number longer than any can be");
     text.append(buffer.data(), end);

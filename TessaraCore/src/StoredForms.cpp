@@ -1,3 +1,4 @@
+#include "ConfigDecoding.h"
 #include "TessaraCore/Config.h"
 #include "TessaraCore/JSONCoding.h"
 
