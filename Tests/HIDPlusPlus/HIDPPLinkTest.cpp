@@ -164,14 +164,6 @@ TEST_F(HIDPPLinkTest, the_timeout_counts_from_the_moment_of_sending) {
     EXPECT_THAT(takeOutcomes(), ElementsAre("b: b timed out"));
 }
 
-TEST_F(HIDPPLinkTest, a_reply_exactly_at_the_deadline_loses_to_a_timeout_that_fired_first) {
-    enqueue("a");
-    dispatcher.advance(1s);
-    answer();
-    EXPECT_THAT(outcomes, ElementsAre("a: a timed out"));
-    EXPECT_EQ(link->statistics().staleRepliesDropped, 1);
-}
-
 TEST_F(HIDPPLinkTest, remembers_the_last_15_finished_requests_and_forgets_the_oldest) {
     enqueue("first", 9);
     answer();
@@ -204,20 +196,9 @@ TEST_F(HIDPPLinkTest, a_key_that_comes_round_again_is_wanted_again) {
 }
 
 TEST_F(HIDPPLinkTest, a_refused_write_fails_its_request_and_the_next_leaves_at_once) {
-    const struct {
-        IOReturn code;
-        const char* outcome;
-    } cases[] = {
-        {IOReturn::notPrivileged, "a: not permitted: Input Monitoring is denied for this process"},
-        {IOReturn::notOpen, "a: device is not open"},
-        {IOReturn::noDevice, "a: device was removed"},
-        {IOReturn::busy, "a: IOHIDDeviceSetReport failed: 0xE00002D5 (kIOReturnBusy)"},
-    };
-    for (const auto& [code, outcome] : cases) {
-        interface->writeResult = code;
-        enqueue("a");
-        EXPECT_THAT(takeOutcomes(), ElementsAre(outcome));
-    }
+    interface->writeResult = IOReturn::notOpen;
+    enqueue("a");
+    EXPECT_THAT(takeOutcomes(), ElementsAre("a: device is not open"));
     interface->writeResult = IOReturn::success;
     enqueue("b");
     answer();
@@ -256,12 +237,6 @@ TEST_F(HIDPPLinkTest, delivers_notifications_without_disturbing_the_request_in_f
     deliver({0x11, 0xFF, 5, 0x10});
     EXPECT_EQ(heard.size(), 2U);
     EXPECT_EQ(link->statistics().notificationsDelivered, 3);
-}
-
-TEST_F(HIDPPLinkTest, puts_back_a_report_id_that_the_platform_stripped) {
-    enqueue("a", 0x02, 1);
-    interface->deliver(0x11, {0xFF, 0x02, 0x11, 0x5A});
-    EXPECT_THAT(outcomes, ElementsAre("a: 5A"));
 }
 
 TEST_F(HIDPPLinkTest, reports_that_are_none_of_its_business_count_nowhere) {

@@ -113,6 +113,8 @@ TEST_F(HIDPPSimulatedMouseTest, what_it_sets_is_set_in_the_mouse_until_the_power
     EXPECT_EQ(mouse.wheelMode(), 2);
     EXPECT_EQ(textOf(run(device->setOnboardMode(HIDPPOnboardMode::host))), "ok");
     EXPECT_EQ(mouse.onboardMode(), 2);
+    EXPECT_EQ(textOf(run(device->setOnboardMode(HIDPPOnboardMode::onboard))), "ok");
+    EXPECT_EQ(mouse.onboardMode(), 1);
     mouse.setDPIByHand(3200);
     EXPECT_EQ(run(device->dpi())->current, 3200);
 

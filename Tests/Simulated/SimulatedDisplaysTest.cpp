@@ -1,5 +1,3 @@
-#include <array>
-
 #include <gmock/gmock.h>
 
 #include "Platform/Simulated/SimulatedDisplays.h"
@@ -47,37 +45,6 @@ TEST_F(SimulatedDisplaysTest, motion_stops_at_an_edge_and_the_deltas_tell_of_the
     EXPECT_EQ(event.location, (CGPoint{.x = 999, .y = 10}));
     EXPECT_EQ(event.integerValue(CGEventField::mouseEventDeltaX), 50);
     EXPECT_EQ(displays.cursor(), event.location);
-}
-
-TEST_F(SimulatedDisplaysTest, displays_are_found_by_point_and_listed_main_one_first) {
-    std::array<DisplayID, 4> found{};
-    EXPECT_EQ(displays.activeDisplays(found), 2U);
-    EXPECT_EQ(displays.displayBounds(found[0]).width, 1000);
-    const auto second = found[1];
-    EXPECT_EQ(displays.displaysWithPoint({.x = 1100, .y = 200}, found), 1U);
-    EXPECT_EQ(found[0], second);
-    EXPECT_EQ(displays.displaysWithPoint({.x = 1050, .y = 300}, found), 0U);
-    EXPECT_EQ(displays.activeDisplays(std::span(found).first(1)), 1U);
-
-    displays.arrange({{.x = 0, .y = 0, .width = 100, .height = 100}});
-    EXPECT_TRUE(displays.displayBounds(second).isEmpty());
-    EXPECT_EQ(displays.cursor(), (CGPoint{.x = 99, .y = 99}));
-}
-
-TEST_F(SimulatedDisplaysTest, warps_and_questions_can_be_refused) {
-    std::array<DisplayID, 1> found{};
-    displays.moveCursor({.x = 1, .y = 1});
-    displays.refuseWarps(1);
-    EXPECT_FALSE(displays.warp({.x = 5, .y = 5}));
-    EXPECT_EQ(displays.cursor(), (CGPoint{.x = 1, .y = 1}));
-    EXPECT_TRUE(displays.warp({.x = 5, .y = 5}));
-    EXPECT_EQ(displays.cursor(), (CGPoint{.x = 5, .y = 5}));
-
-    displays.refuseDisplayQueries();
-    EXPECT_FALSE(displays.activeDisplays(found));
-    EXPECT_FALSE(displays.displaysWithPoint({.x = 5, .y = 5}, found));
-    displays.refuseDisplayQueries(0);
-    EXPECT_TRUE(displays.activeDisplays(found));
 }
 
 TEST_F(SimulatedDisplaysTest, a_tap_that_rewrites_a_motions_location_moves_the_cursor) {

@@ -6,7 +6,6 @@
 namespace tessara::testing {
 namespace {
 
-using ::testing::SizeIs;
 using enum CGEventField;
 
 class SimulatedEventServicesTest : public SimulatedDesktopTest {
@@ -40,22 +39,6 @@ TEST_F(SimulatedEventServicesTest, events_inherit_their_sources_data_and_its_sta
     EXPECT_EQ(wheel->integerValue(scrollWheelEventIsContinuous), 0);
     EXPECT_EQ(wheel->location, (CGPoint{.x = 7, .y = 8}));
     EXPECT_EQ(services.makeEvent()->location, (CGPoint{.x = 7, .y = 8}));
-}
-
-TEST_F(SimulatedEventServicesTest, sources_and_events_can_be_refused_a_number_of_times_or_always) {
-    services.refuseSources(2);
-    EXPECT_FALSE(services.makeSource(EventSourceState::privateState));
-    EXPECT_FALSE(services.makeSource(EventSourceState::privateState));
-    const auto source = services.makeSource(EventSourceState::privateState);
-    ASSERT_TRUE(source);
-
-    services.refuseEvents();
-    EXPECT_FALSE(services.makeEvent());
-    EXPECT_FALSE(services.makeKeyboardEvent(*source, 1, true));
-    EXPECT_FALSE(services.makeMouseEvent(*source, CGEventType::leftMouseDown, {}, 0));
-    EXPECT_FALSE(services.makeScrollWheelEvent(*source, ScrollEventUnit::pixel, 1, 0));
-    services.refuseEvents(0);
-    EXPECT_TRUE(services.makeEvent());
 }
 
 TEST_F(SimulatedEventServicesTest,

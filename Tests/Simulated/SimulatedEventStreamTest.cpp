@@ -12,8 +12,6 @@ using ::testing::SizeIs;
 using enum CGEventTapLocation;
 using enum CGEventTapPlacement;
 
-constexpr std::int64_t tag = 0x7461'6700;
-
 CGEvent wheelEvent() {
     CGEvent event;
     event.type = CGEventType::scrollWheel;
@@ -124,73 +122,6 @@ TEST_F(SimulatedEventStreamTest, a_tap_sees_the_types_that_it_asked_for) {
     EXPECT_THAT(seen, ElementsAre(CGEventType::scrollWheel, CGEventType{29}));
 }
 
-TEST_F(SimulatedEventStreamTest, what_a_program_posts_comes_back_through_its_tap_with_its_tag) {
-    std::vector<std::int64_t> tagsSeen;
-    const auto tap = install([&](CGEventType, CGEvent& event) {
-        tagsSeen.push_back(event.integerValue(CGEventField::eventSourceUserData));
-        if (tagsSeen.back() == tag) return true;
-        const auto source = desktop.eventServices().makeSource(EventSourceState::privateState);
-        source->setUserData(tag);
-        const auto answer =
-            desktop.eventServices().makeScrollWheelEvent(*source, ScrollEventUnit::pixel, 40, 0);
-        desktop.eventServices().post(*answer, session);
-        return false;
-    });
-    dispatcher.advance(std::chrono::milliseconds(5));
-    mouse.spin(1);
-
-    const auto events = received();
-    EXPECT_THAT(tagsSeen, ElementsAre(0, tag));
-    ASSERT_THAT(events, SizeIs(1));
-    EXPECT_EQ(events[0].integerValue(CGEventField::scrollWheelEventPointDeltaAxis1), 40);
-    EXPECT_EQ(events[0].hidEventReference, 0U);
-    EXPECT_EQ(events[0].timestampNanos, 1'005'000'000U);
-}
-
-TEST_F(SimulatedEventStreamTest, the_next_event_begins_only_when_the_one_before_is_through) {
-    std::vector<std::string> order;
-    const auto second = install([&](CGEventType, CGEvent& event) {
-        order.push_back("second " + std::to_string(lines(event)));
-        return true;
-    });
-    const auto first = install([&](CGEventType, CGEvent& event) {
-        order.push_back("first " + std::to_string(lines(event)));
-        return true;
-    });
-    mouse.spin(1);
-    mouse.spin(2);
-    dispatcher.runReady();
-    EXPECT_THAT(order, ElementsAre("first 1", "second 1", "first 2", "second 2"));
-}
-
-TEST_F(SimulatedEventStreamTest, events_pass_a_disabled_tap_by_until_it_is_enabled_again) {
-    for (const bool isTimeout : {true, false}) {
-        std::vector<CGEventType> seen;
-        const auto tap =
-            install({.eventsOfInterest = std::uint64_t{1} << 22}, [&](CGEventType type, CGEvent&) {
-                seen.push_back(type);
-                return false;
-            });
-        mouse.spin(1);
-        EXPECT_THAT(received(), IsEmpty());
-
-        isTimeout ? desktop.disableTapsByTimeout() : desktop.disableTapsByUserInput();
-        isTimeout ? desktop.disableTapsByTimeout() : desktop.disableTapsByUserInput();
-        EXPECT_FALSE(tap->isEnabled());
-        mouse.spin(2);
-        EXPECT_THAT(received(), SizeIs(1));
-        dispatcher.runReady();
-
-        tap->setEnabled(true);
-        mouse.spin(3);
-        EXPECT_THAT(received(), IsEmpty());
-        EXPECT_THAT(seen, ElementsAre(CGEventType::scrollWheel,
-                                      isTimeout ? CGEventType::tapDisabledByTimeout
-                                                : CGEventType::tapDisabledByUserInput,
-                                      CGEventType::scrollWheel));
-    }
-}
-
 TEST_F(SimulatedEventStreamTest, the_system_does_not_wait_for_the_verdict_of_a_tap_it_disables) {
     const auto tap = install([&](CGEventType type, CGEvent& event) {
         if (type != CGEventType::scrollWheel) return true;
@@ -282,21 +213,6 @@ TEST_F(SimulatedEventStreamTest, a_dropped_press_is_down_for_the_hardware_alone)
     tap.reset();
     mouse.move(3, 0);
     EXPECT_EQ(received().at(0).type, CGEventType::leftMouseDragged);
-}
-
-TEST_F(SimulatedEventStreamTest, events_go_to_whoever_is_in_front_when_they_come_out) {
-    auto& browser = desktop.workspace().install("org.example.browser", "Browser");
-    mouse.spin(1);
-    desktop.settle();
-    desktop.workspace().bringToFront(browser);
-    mouse.spin(2);
-    desktop.settle();
-    desktop.workspace().bringNoneToFront();
-    mouse.spin(3);
-    EXPECT_THAT(received(), SizeIs(1));
-    EXPECT_EQ(lines(browser.received().at(0)), 2);
-    EXPECT_THAT(browser.received(), SizeIs(1));
-    EXPECT_EQ(desktop.events().journal().at(2).application, nullptr);
 }
 
 }  // namespace

@@ -50,19 +50,6 @@ TEST_F(SimulatedKeyboardTest, the_right_key_of_a_pair_stays_down_when_the_left_o
     EXPECT_THAT(desktop.sessionState().keysDown(), IsEmpty());
 }
 
-TEST_F(SimulatedKeyboardTest, caps_lock_toggles_at_each_press_and_shows_on_keys) {
-    keyboard.strike(capsLockKeyCode);
-    keyboard.strike(0);
-    auto events = received();
-    ASSERT_THAT(events, SizeIs(3));
-    for (const auto& event : events)
-        EXPECT_EQ(event.flags, CGEventFlagMask::alphaShift);
-    EXPECT_EQ(events[1].type, CGEventType::keyDown);
-    EXPECT_EQ(events[2].type, CGEventType::keyUp);
-    keyboard.toggleCapsLock();
-    EXPECT_EQ(flags(EventSourceState::hidSystem), 0U);
-}
-
 TEST_F(SimulatedKeyboardTest, a_modifier_event_without_device_flags_is_believed_by_its_family) {
     CGEvent command;
     command.type = CGEventType::flagsChanged;

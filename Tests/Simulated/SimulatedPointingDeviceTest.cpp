@@ -137,20 +137,5 @@ TEST_F(SimulatedPointingDeviceTest, events_name_their_sender_as_the_system_does)
     }
 }
 
-TEST_F(SimulatedPointingDeviceTest, a_script_can_send_what_no_device_would) {
-    CGEvent odd;
-    odd.type = CGEventType{31};
-    odd.setIntegerValue(mouseEventSenderID, 42);
-    odd.location = {.x = -5, .y = -5};
-    desktop.send(odd);
-    mouse.send(odd);
-    const auto events = received();
-    ASSERT_THAT(events, SizeIs(2));
-    EXPECT_EQ(events[0], odd);
-    EXPECT_EQ(events[1].hidEventReference, mouse.id());
-    EXPECT_EQ(events[1].location, desktop.displays().cursor());
-    EXPECT_EQ(events[1].integerValue(mouseEventSenderID), 42);
-}
-
 }  // namespace
 }  // namespace tessara::testing

@@ -71,11 +71,5 @@ TEST_F(SimulatedWorkspaceTest, two_applications_cannot_share_an_identifier) {
     EXPECT_DEATH((void)workspace.application("org.example.absent"), "org.example.absent");
 }
 
-TEST_F(SimulatedWorkspaceTest, shortcuts_are_noted) {
-    desktop.shortcuts().runShortcut("Tidy");
-    desktop.shortcuts().runShortcut("Tidy");
-    EXPECT_THAT(desktop.shortcuts().ran(), ElementsAre("Tidy", "Tidy"));
-}
-
 }  // namespace
 }  // namespace tessara::testing
