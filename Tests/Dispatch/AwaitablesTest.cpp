@@ -3,20 +3,17 @@
 #include <memory>
 #include <optional>
 #include <stdexcept>
-#include <string>
 #include <vector>
 
 #include <asio/any_io_executor.hpp>
 #include <asio/bind_cancellation_slot.hpp>
 #include <asio/cancellation_signal.hpp>
 #include <asio/co_spawn.hpp>
-#include <asio/detached.hpp>
 #include <asio/this_coro.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "Platform/Dispatch/Awaitables.h"
-#include "Platform/Dispatch/ManualDispatcher.h"
 #include "QueueKinds.h"
 #include "Support/TestDispatcher.h"
 
@@ -26,7 +23,6 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class AwaitablesTest : public testing::BothKindsTest {
   protected:
@@ -74,16 +70,6 @@ TEST_P(AwaitablesTest, a_coroutine_moves_from_queue_to_queue_behind_what_is_post
     runReady();  // in virtual time, all of it
     finished.get_future().get();
     EXPECT_THAT(ran, ElementsAre("posted", "coroutine"));
-}
-
-TEST_P(AwaitablesTest, what_a_coroutine_throws_reaches_whoever_started_it) {
-    spawn([]() -> asio::awaitable<void> {
-        throw std::runtime_error("out of a coroutine");
-        co_return;
-    }());
-    runReady();
-    runReady();
-    EXPECT_THROW(finished.get_future().get(), std::runtime_error);
 }
 
 TEST_P(AwaitablesTest, a_coroutine_that_was_not_meant_to_throw_stops_the_process) {
@@ -142,18 +128,17 @@ class VirtualSleepTest : public testing::VirtualTimeTest {
     std::optional<Outcome> outcome;
 };
 
-TEST_F(VirtualSleepTest, ends_at_its_deadline_and_no_nanosecond_earlier) {
+TEST_F(VirtualSleepTest, ends_once_at_its_deadline_and_no_nanosecond_earlier) {
+    EXPECT_EQ(dispatcher.pendingCount(), 0) << "it is a timer";
     dispatcher.advanceTo(deadline - nanoseconds(1));
     EXPECT_EQ(outcome, std::nullopt);
     dispatcher.advance(nanoseconds(1));
     EXPECT_EQ(outcome, (Outcome{deadline, true}));
-}
 
-TEST_F(VirtualSleepTest, is_a_timer_and_no_pending_block) {
-    EXPECT_EQ(dispatcher.pendingCount(), 0);
-    EXPECT_EQ(dispatcher.nextDeadline(), deadline);
-    dispatcher.advanceTo(deadline);
-    EXPECT_EQ(dispatcher.nextDeadline(), std::nullopt);
+    outcome.reset();
+    signal.emit(asio::cancellation_type::terminal);
+    dispatcher.advance(milliseconds(1));
+    EXPECT_EQ(outcome, std::nullopt) << "a late cancellation ends it again";
 }
 
 TEST_F(VirtualSleepTest, ends_at_once_when_it_is_cancelled_and_leaves_nothing_on_the_queue) {
@@ -175,31 +160,6 @@ TEST_F(VirtualSleepTest, that_is_cancelled_when_it_is_due_counts_as_cancelled) {
     });
     dispatcher.advanceTo(deadline);
     EXPECT_EQ(outcome, (Outcome{deadline - nanoseconds(1), false}));
-}
-
-TEST_F(VirtualSleepTest, that_has_ended_is_not_ended_again_by_a_late_cancellation) {
-    dispatcher.advanceTo(deadline);
-    outcome.reset();
-    signal.emit(asio::cancellation_type::terminal);
-    dispatcher.advance(milliseconds(1));
-    EXPECT_EQ(outcome, std::nullopt);
-}
-
-TEST(VirtualSleep, of_a_coroutine_ends_with_the_dispatcher_and_the_frame_is_destroyed) {
-    const auto token = std::make_shared<int>(0);
-    {
-        ManualDispatcher dispatcher;
-        const auto queue = dispatcher.makeQueue("ai.tessara.test", QualityOfService::standard);
-        asio::co_spawn(
-            queue->executor(),
-            [](auto onQueue, auto) -> asio::awaitable<void> {
-                co_await sleepUntil(onQueue, TimePoint::max());
-            }(queue, token),
-            asio::detached);
-        dispatcher.runReady();
-        EXPECT_GT(token.use_count(), 1);
-    }
-    EXPECT_EQ(token.use_count(), 1);
 }
 
 }  // namespace

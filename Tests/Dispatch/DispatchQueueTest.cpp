@@ -63,21 +63,8 @@ TEST_P(DispatchQueueTest, promise_2_posted_blocks_run_in_the_order_of_their_post
     EXPECT_TRUE(std::ranges::is_sorted(ran));
 }
 
-TEST_P(DispatchQueueTest, promise_3_a_delayed_block_never_runs_before_its_deadline) {
-    std::vector<nanoseconds> lateness;
-    const auto start = now();
-    for (const auto delay : {nanoseconds(-1), nanoseconds(0), nanoseconds(1), nanoseconds(50'000),
-                             nanoseconds(999'999), nanoseconds(1'000'001)}) {
-        queue->postAt(start + delay, [&, deadline = start + delay] {
-            lateness.push_back(queue->clock().now() - deadline);
-        });
-    }
-    runUntil(start + milliseconds(2));
-    EXPECT_EQ(lateness.size(), 6);
-    EXPECT_THAT(lateness, Each(Ge(nanoseconds(0))));
-}
-
-TEST_P(DispatchQueueTest, promise_4_delayed_blocks_run_by_deadline_and_then_in_posting_order) {
+TEST_P(DispatchQueueTest,
+       promises_3_and_4_delayed_blocks_run_by_deadline_then_posting_and_never_early) {
     struct Posted {
         TimePoint deadline;
         int order;
@@ -89,8 +76,10 @@ TEST_P(DispatchQueueTest, promise_4_delayed_blocks_run_by_deadline_and_then_in_p
         std::minstd_rand random(1);
         for (int order = 0; order < 300; ++order) {
             const auto deadline = start + nanoseconds(100'000) * (random() % 20);
-            queue->postAt(deadline,
-                          [&ran, posted = Posted{deadline, order}] { ran.push_back(posted); });
+            queue->postAt(deadline, [&, posted = Posted{deadline, order}] {
+                EXPECT_GE(now(), posted.deadline);
+                ran.push_back(posted);
+            });
         }
     });
     runReady();
@@ -152,17 +141,6 @@ TEST_P(DispatchQueueTest, promise_7_a_timer_fires_at_multiples_and_never_twice_f
               fired.end());
 }
 
-TEST_P(DispatchQueueTest, promise_7_multiples_that_were_missed_come_as_one_firing) {
-    constexpr auto interval = std::chrono::hours(1);
-    const auto first = now() - 3 * interval - interval / 2;  // so three more have passed
-    std::vector<nanoseconds> fired;
-    const auto timer =
-        queue->startTimer(first, interval, {}, [&] { fired.push_back(now() - first); });
-    runReady();
-    runReady();
-    EXPECT_EQ(fired.size(), 1);
-}
-
 TEST_P(DispatchQueueTest, promise_8_a_timer_cancelled_on_the_queue_does_not_fire_though_it_is_due) {
     queue->post([&] {
         const auto due = now();
@@ -208,16 +186,6 @@ TEST_P(DispatchQueueTest, promise_11_a_block_that_throws_stops_the_process) {
             runReady();
         },
         "terminate|out of a block");
-}
-
-TEST_P(DispatchQueueTest, knows_whether_its_block_is_what_the_caller_runs_in) {
-    const auto other = kind->makeQueue("ai.tessara.other");
-    queue->post([&] {
-        EXPECT_TRUE(queue->isCurrent());
-        EXPECT_FALSE(other->isCurrent());
-    });
-    runReady();
-    EXPECT_FALSE(queue->isCurrent());
 }
 
 TEST_P(DispatchQueueTest, draining_from_within_a_block_of_the_same_queue_stops_the_process) {

@@ -4,14 +4,12 @@
 #include <chrono>
 #include <future>
 #include <memory>
-#include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "Platform/Dispatch/DispatchQueue.h"
-#include "Platform/Dispatch/ManualDispatcher.h"
 #include "Platform/Dispatch/ThreadedDispatcher.h"
 #include "QueueKinds.h"
 #include "Support/TestDispatcher.h"
@@ -37,18 +35,6 @@ class DispatchTimerTest : public testing::BothKindsTest {
 };
 TESSARA_TEST_BOTH_KINDS(DispatchTimerTest);
 
-TEST_P(DispatchTimerTest, cancelled_from_its_own_handler_fires_no_more) {
-    const auto first = now() + milliseconds(1);
-    onQueue([&] {
-        timer = queue->startTimer(first, microseconds(100), {}, [&] {
-            ++firings;
-            timer->cancel();
-        });
-    });
-    runUntil(first + milliseconds(1));
-    EXPECT_EQ(firings, 1);
-}
-
 TEST_P(DispatchTimerTest, destroyed_from_its_own_handler_leaves_the_handler_whole_to_its_end) {
     const auto first = now() + milliseconds(1);
     auto token = std::make_shared<int>(7);
@@ -62,19 +48,6 @@ TEST_P(DispatchTimerTest, destroyed_from_its_own_handler_leaves_the_handler_whol
     runUntil(first + milliseconds(1));
     EXPECT_EQ(firings, 7);
     EXPECT_TRUE(weakToken.expired());
-}
-
-TEST_P(DispatchTimerTest, replaced_from_its_own_handler_goes_on_as_the_new_one) {
-    const auto first = now() + milliseconds(1);
-    onQueue([&] {
-        timer = queue->startTimer(first, microseconds(100), {}, [&] {
-            ++firings;
-            timer = queue->startTimer(first, std::chrono::hours(1), {}, [&] { firings += 10; });
-        });
-    });
-    runUntil(first + milliseconds(1));
-    EXPECT_EQ(firings, 11);
-    onQueue([&] { timer.reset(); });
 }
 
 TEST_P(DispatchTimerTest, cancelled_by_another_timer_that_is_due_with_it_does_not_fire) {
@@ -96,23 +69,6 @@ TEST_P(DispatchTimerTest, its_handlers_captures_go_when_it_is_cancelled) {
     EXPECT_EQ(token.use_count(), 2);
     timer->cancel();
     EXPECT_EQ(token.use_count(), 1);
-}
-
-TEST_P(DispatchTimerTest, may_hold_its_own_owner_until_it_is_cancelled) {
-    struct Owner {
-        std::unique_ptr<DispatchTimer> timer;
-    };
-    auto owner = std::make_shared<Owner>();
-    const auto weakOwner = std::weak_ptr(owner);
-    const auto first = now() + milliseconds(1);
-    onQueue([&] {
-        owner->timer =
-            queue->startTimer(first, milliseconds(1), {}, [owner] { owner->timer.reset(); });
-        owner.reset();
-        EXPECT_FALSE(weakOwner.expired());
-    });
-    runUntil(first + milliseconds(1));
-    EXPECT_TRUE(weakOwner.expired());
 }
 
 TEST_P(DispatchTimerTest, a_handle_that_outlives_its_queue_may_be_cancelled) {

@@ -16,7 +16,6 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
 using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 class ManualDispatcherTest : public testing::VirtualTimeTest {
@@ -31,39 +30,6 @@ class ManualDispatcherTest : public testing::VirtualTimeTest {
     std::shared_ptr<DispatchQueue> other =
         dispatcher.makeQueue("ai.tessara.other", QualityOfService::standard);
 };
-
-TEST_F(ManualDispatcherTest, nothing_runs_until_the_owner_says_so) {
-    queue->post(note("block"));
-    EXPECT_THAT(ran, IsEmpty());
-    EXPECT_EQ(dispatcher.pendingCount(), 1);
-    EXPECT_EQ(dispatcher.runReady(), 1);
-    EXPECT_THAT(ran, ElementsAre("block"));
-    EXPECT_EQ(dispatcher.pendingCount(), 0);
-}
-
-TEST_F(ManualDispatcherTest, a_block_fires_at_its_deadline_neither_a_nanosecond_before_nor_after) {
-    const auto deadline = start + milliseconds(8);
-    TimePoint firedAt;
-    queue->postAt(deadline, [&] { firedAt = queue->clock().now(); });
-
-    EXPECT_EQ(dispatcher.advanceTo(deadline - nanoseconds(1)), 0);
-    EXPECT_EQ(dispatcher.now(), deadline - nanoseconds(1));
-    EXPECT_EQ(dispatcher.advance(nanoseconds(1)), 1);
-    EXPECT_EQ(firedAt, deadline);
-}
-
-TEST_F(ManualDispatcherTest, an_advance_stops_at_each_deadline_on_its_way) {
-    std::vector<TimePoint> moments;
-    const auto look = [&] { moments.push_back(dispatcher.now()); };
-    queue->postAt(start + milliseconds(20), look);
-    other->postAt(start + milliseconds(10), look);
-    queue->postAt(start + milliseconds(31), [] {});
-
-    EXPECT_EQ(dispatcher.advance(milliseconds(30)), 2);
-    EXPECT_THAT(moments, ElementsAre(start + milliseconds(10), start + milliseconds(20)));
-    EXPECT_EQ(dispatcher.now(), start + milliseconds(30));
-    dispatcher.discard();
-}
 
 TEST_F(ManualDispatcherTest, all_queues_share_one_order_of_deadline_and_then_of_posting) {
     const auto later = start + milliseconds(1);
@@ -126,66 +92,6 @@ TEST_F(ManualDispatcherTest, running_until_idle_fires_timers_but_does_not_wait_f
     EXPECT_EQ(dispatcher.nextDeadline(), std::nullopt);
 }
 
-TEST_F(ManualDispatcherTest, draining_a_queue_runs_its_due_blocks_and_no_others) {
-    queue->postAt(start + milliseconds(1), note("ahead"));
-    other->post(note("other"));
-    queue->post([this] {
-        ran.push_back("due");
-        queue->post(note("posted by a drained block"));
-    });
-    queue->drain();
-    EXPECT_THAT(ran, ElementsAre("due"));
-    EXPECT_EQ(dispatcher.now(), start);
-    dispatcher.runReady();
-    EXPECT_THAT(ran, ElementsAre("due", "other", "posted by a drained block"));
-    dispatcher.discard();
-}
-
-TEST_F(ManualDispatcherTest, a_block_may_drain_another_queue_and_each_knows_where_it_runs) {
-    other->post([this] {
-        EXPECT_TRUE(other->isCurrent());
-        EXPECT_FALSE(queue->isCurrent());
-        ran.push_back("inner");
-    });
-    queue->postAt(start - nanoseconds(1), [this] {
-        other->drain();
-        EXPECT_TRUE(queue->isCurrent());
-        EXPECT_FALSE(other->isCurrent());
-        ran.push_back("outer");
-    });
-    dispatcher.runReady();
-    EXPECT_THAT(ran, ElementsAre("inner", "outer"));
-    EXPECT_FALSE(queue->isCurrent());
-}
-
-TEST_F(ManualDispatcherTest, a_queue_that_ends_destroys_its_blocks_unrun) {
-    const auto token = std::make_shared<int>();
-    queue->post([token] { FAIL(); });
-    queue->postAt(start + milliseconds(1), [token] { FAIL(); });
-    queue.reset();
-    EXPECT_EQ(token.use_count(), 1);
-    EXPECT_EQ(dispatcher.pendingCount(), 0);
-    dispatcher.discard();
-}
-
-TEST_F(ManualDispatcherTest, a_queue_may_end_within_its_own_block) {
-    const auto token = std::make_shared<int>();
-    queue->post([this] { queue.reset(); });
-    queue->post([token] { FAIL(); });
-    EXPECT_EQ(dispatcher.runReady(), 1);
-    EXPECT_EQ(token.use_count(), 1);
-    dispatcher.discard();
-}
-
-TEST_F(ManualDispatcherTest, what_other_threads_post_runs_on_the_owners_thread) {
-    const auto owner = std::this_thread::get_id();
-    std::thread([&] {
-        queue->post([&] { EXPECT_EQ(std::this_thread::get_id(), owner); });
-        EXPECT_FALSE(queue->isCurrent());
-    }).join();
-    EXPECT_EQ(dispatcher.runReady(), 1);
-}
-
 /// Posts a note when it is destroyed, as an owner that reports its end does.
 class PostsWhenDestroyed {
   public:
@@ -239,13 +145,6 @@ TEST(ManualDispatcher, an_end_with_blocks_that_never_ran_is_told_with_their_queu
     EXPECT_EQ(token.use_count(), 1);
 }
 
-TEST(ManualDispatcher, an_end_with_nothing_queued_or_all_discarded_is_no_matter) {
-    ManualDispatcher dispatcher({}, [](const std::string& words) { ADD_FAILURE() << words; });
-    const auto queue = dispatcher.makeQueue("ai.tessara.scroll", QualityOfService::standard);
-    queue->post([] { FAIL(); });
-    dispatcher.discard();
-}
-
 TEST(ManualDispatcher, a_queue_that_outlives_its_dispatcher_takes_nothing_on) {
     std::shared_ptr<DispatchQueue> queue;
     std::unique_ptr<DispatchTimer> timer;
@@ -267,12 +166,9 @@ TEST(ManualDispatcherDeathTest, misuse_stops_the_process_with_the_reason) {
         queue->post(std::move(block));
         dispatcher.runReady();
     };
-    EXPECT_DEATH(runs([&] { queue->drain(); }),
-                 "drain.* of ai.tessara.scroll .* one of its blocks");
     EXPECT_DEATH(runs([&] { dispatcher.runReady(); }), "runReady.* from within a block");
     EXPECT_DEATH(runs([&] { dispatcher.advance(milliseconds(1)); }),
                  "advance.* from within a block");
-    EXPECT_DEATH(runs([] { throw std::string("out of a block"); }), "terminate");
     EXPECT_DEATH(dispatcher.advanceTo(TimePoint(milliseconds(9))), "has passed");
     EXPECT_DEATH(dispatcher.advance(nanoseconds(-1)), "less than nothing");
     EXPECT_DEATH(std::thread([&] { dispatcher.runReady(); }).join(), "another thread");

@@ -86,17 +86,5 @@ TEST_F(ButtonPipelineTest, a_reset_releases_by_the_routers_list_and_the_rest_by_
     EXPECT_EQ(pipeline.snapshotMetrics(), ButtonPipeline::Metrics{});
 }
 
-TEST_F(ButtonPipelineTest, new_bindings_leave_what_is_held_alone) {
-    (void)press(4);
-    pipeline.setBindings({bound(4, KeyStrokeAction{.code = 1})});
-    pipeline.setBaseDPI(1600);
-    takePosted();
-    EXPECT_EQ(release(4), ButtonDisposition::suppress);
-    EXPECT_THAT(takePosted(), ElementsAre("key(9 up mods=0)"));
-    EXPECT_EQ(pipeline.action(4, ModifierFlags::shift), Action(KeyStrokeAction{.code = 1}));
-    EXPECT_EQ(pipeline.bindings().size(), 1U);
-    EXPECT_EQ(pipeline.currentDPI(), 1600);
-}
-
 }  // namespace
 }  // namespace tessara

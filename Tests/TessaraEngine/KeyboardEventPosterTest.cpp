@@ -93,13 +93,6 @@ TEST_F(KeyboardEventPosterTest, a_chord_goes_down_in_table_order_and_up_in_rever
         << "the press's modifiers count, whatever the release says";
 }
 
-TEST_F(KeyboardEventPosterTest, a_shared_modifier_stays_down_until_the_last_key_is_up) {
-    EXPECT_THAT(press(letterC, command), ElementsAre("flags 55 100008", "down 8 100008"));
-    EXPECT_THAT(press(letterV, command), ElementsAre("down 9 100008"));
-    EXPECT_THAT(release(letterC), ElementsAre("up 8 100008"));
-    EXPECT_THAT(release(letterV), ElementsAre("up 9 100008", "flags 55 0"));
-}
-
 TEST_F(KeyboardEventPosterTest, a_modifier_as_the_key_takes_the_place_of_its_family) {
     constexpr std::uint16_t rightCommand = 54;
     constexpr std::uint16_t rightShift = 60;

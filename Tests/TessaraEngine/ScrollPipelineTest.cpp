@@ -1,4 +1,3 @@
-#include <numeric>
 #include <optional>
 #include <random>
 
@@ -6,7 +5,6 @@
 
 #include "EngineTest.h"
 #include "Support/GestureChecker.h"
-#include "TessaraCore/ScrollTransformer.h"
 #include "TessaraEngine/ScrollPipeline.h"
 
 namespace tessara {
@@ -77,40 +75,6 @@ TEST_F(ScrollPipelineTest, a_click_becomes_a_glide_played_step_by_step) {
             .inputsTransformed = 1, .plansScheduled = 1, .stepsPosted = 23, .pixelsPosted = 50}));
 }
 
-TEST_F(ScrollPipelineTest, an_undisturbed_glide_posts_the_steps_of_its_plan) {
-    for (unsigned seed = 1; seed <= 30; ++seed) {
-        SCOPED_TRACE(seed);
-        std::mt19937 random(seed);
-        const auto between = [&](double low, double high) {
-            return std::uniform_real_distribution<double>(low, high)(random);
-        };
-        ScrollSettings settings;
-        settings.durationMillis = between(1, 600);
-        settings.frameIntervalMillis = between(1, 30);
-        settings.pixelsPerDetent = between(1, 300);
-        settings.easing = allCases<Easing>[seed % 3];
-        settings.isInverted = seed % 2 == 0;
-        pipeline->setSettings(settings);
-        const ScrollInput input{.lineDelta = static_cast<std::int64_t>(between(-5, 5)) * 2 + 1,
-                                .modifiers = ModifierFlags::shift,
-                                .timestampMillis = nowMillis()};
-        const auto plan =
-            std::get<ScrollAnimate>(ScrollTransformer(settings).transform(input)).plan;
-
-        poster->reset();
-        (void)pipeline->handle(input);
-        playToTheEnd();
-        std::vector<Emission> expected;
-        for (const ScrollStep& step : plan.steps) {
-            expected.emplace_back(
-                ScrollEmission{plan.axis, step.pixelDelta, step.phase, plan.modifiers});
-        }
-        EXPECT_EQ(poster->emissions(), expected);
-        EXPECT_EQ(pixelsPosted(), plan.totalPixelDelta);
-        pipeline->reset();
-    }
-}
-
 TEST_F(ScrollPipelineTest, clicks_on_a_running_glide_lose_no_pixel_and_make_one_gesture) {
     for (unsigned seed = 1; seed <= 20; ++seed) {
         SCOPED_TRACE(seed);
@@ -150,17 +114,6 @@ TEST_F(ScrollPipelineTest, a_broken_gesture_is_closed_with_its_own_modifiers_ahe
     EXPECT_THAT(takePosted(), ElementsAre("scroll(vertical -5px began mods=0)"));
     playToTheEnd();
     EXPECT_EQ(pipeline->snapshotMetrics().stepsCancelled, 22);
-}
-
-TEST_F(ScrollPipelineTest, a_glide_that_has_run_out_is_not_superseded) {
-    (void)wheel(1);
-    dispatcher.advance(250ms);
-    EXPECT_EQ(pipeline->inFlightPlanCount(), 0);
-    (void)wheel(1);
-    playToTheEnd();
-    EXPECT_EQ(pixelsPosted(), 100);
-    EXPECT_EQ(pipeline->snapshotMetrics().plansSuperseded, 0);
-    EXPECT_EQ(pipeline->snapshotMetrics().plansScheduled, 2);
 }
 
 TEST_F(ScrollPipelineTest,
@@ -205,16 +158,6 @@ TEST_F(ScrollPipelineTest, a_reset_ends_what_is_open_and_nothing_moves_afterward
     EXPECT_EQ(pipeline->inFlightPlanCount(), 0);
     pipeline->resetMetrics();
     EXPECT_EQ(pipeline->snapshotMetrics(), ScrollPipeline::Metrics{});
-}
-
-TEST_F(ScrollPipelineTest, a_reset_with_nothing_open_enqueues_nothing) {
-    (void)wheel(1);
-    dispatcher.advance(60ms);
-    (void)wheel(1, ScrollAxis::horizontal);
-    playToTheEnd();
-    pipeline->reset();
-    EXPECT_EQ(dispatcher.pendingCount(), 0U);
-    EXPECT_EQ(pixelsPosted(ScrollAxis::horizontal), 50);
 }
 
 TEST_F(ScrollPipelineTest, a_pipeline_that_is_gone_posts_only_the_ends_it_owes) {

@@ -37,6 +37,7 @@ TEST(FrameAssembler, gathers_a_frame_s_movement_at_the_place_of_its_first_event)
     const auto result = assemble({{microseconds(0), 2, 8, -2},
                                   {microseconds(1), 2, 1, huge},
                                   {microseconds(2), 1, 0x110, 1},
+                                  {microseconds(2), 1, 0x11f, 0},
                                   {microseconds(3), 0, 3, 0},
                                   {microseconds(4), 2, 0, 4},
                                   {microseconds(5), 2, 1, huge},
@@ -47,6 +48,7 @@ TEST(FrameAssembler, gathers_a_frame_s_movement_at_the_place_of_its_first_event)
         {after(0), {}, WheelTurn{ScrollAxis::vertical, -2}},
         {after(1), {}, MouseMotion{4, 2 * std::int64_t{huge}}},
         {after(2), {}, ButtonChange{0, true}},
+        {after(2), {}, ButtonChange{15, false}},
         {after(6), {}, WheelTurn{ScrollAxis::horizontal, 1}},
         {after(8), {}, MouseMotion{-4, 0}},
     };
@@ -65,13 +67,6 @@ TEST(FrameAssembler, leaves_out_what_is_no_input) {
                                   {microseconds(0), 1, 30, 1},
                                   {microseconds(0), 3, 0, 1}});
     EXPECT_TRUE(result.inputs.empty());
-}
-
-TEST(FrameAssembler, numbers_the_buttons_from_the_left_one) {
-    const auto result = assemble({{microseconds(0), 1, 0x110, 1}, {microseconds(0), 1, 0x11f, 0}});
-    ASSERT_EQ(result.inputs.size(), 2U);
-    EXPECT_EQ(std::get<ButtonChange>(result.inputs[0].what), (ButtonChange{0, true}));
-    EXPECT_EQ(std::get<ButtonChange>(result.inputs[1].what), (ButtonChange{15, false}));
 }
 
 TEST(FrameAssembler, holds_a_modifier_until_both_its_keys_are_up) {

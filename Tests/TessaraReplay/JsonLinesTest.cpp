@@ -32,17 +32,10 @@ TEST(JsonLines, hold_one_object_each_with_its_members_in_order) {
         std::string members;
     };
     const std::vector<Case> cases{
-        {HandledWheel{{vertical, -1}, false},
-         R"("event":"wheel","axis":"vertical","lines":-1,"verdict":"suppress")"},
-        {HandledButton{{0, true}, true},
-         R"("event":"button","number":0,"down":true,"verdict":"pass")"},
         {HandledMotion{{3, -1}, {2, -1}},
          R"("event":"motion","dx":3,"dy":-1,"outDx":2,"outDy":-1,"verdict":"pass")"},
         {PostedScroll{horizontal, 5, ScrollPhase::began, ModifierFlags::command},
          R"("post":"scroll","axis":"horizontal","pixels":5,"phase":"began","modifiers":16)"},
-        {PostedKey{8, true, ModifierFlags::command},
-         R"("post":"key","code":8,"down":true,"modifiers":16)"},
-        {PostedButton{3, false}, R"("post":"button","number":3,"down":false)"},
         {RequestedDPI{400}, R"("effect":"dpi","value":400)"},
         {LaunchedApp{"a\"b\\c"}, R"("effect":"launch","bundleID":"a\"b\\c")"},
         {RanShortcut{"tea\n\u00e9\xff"}, "\"effect\":\"shortcut\",\"name\":\"tea\\n\u00e9\ufffd\""},

@@ -116,19 +116,5 @@ TEST(ReplayPlayer, waits_for_work_that_a_released_repeat_left_and_not_for_its_ti
     EXPECT_EQ(played({press(1000)}, profile, at(1300)), held);
 }
 
-TEST(ReplayPlayer, passes_everything_on_with_a_profile_that_does_nothing) {
-    EXPECT_EQ(played({{.at = at(1000), .what = WheelTurn{.lines = 2}},
-                      {.at = at(1001), .what = MouseMotion{.dx = 700, .dy = -3}},
-                      {.at = at(1002), .what = MouseMotion{.dx = 700, .dy = -3}},
-                      {.at = at(1003), .what = ButtonChange{.number = 5, .isDown = true}}},
-                     Profile::untouched()),
-              R"({"t":1000.0,"event":"wheel","axis":"vertical","lines":2,"verdict":"pass"}
-{"t":1001.0,"event":"motion","dx":700,"dy":-3,"outDx":700,"outDy":-3,"verdict":"pass"}
-{"t":1002.0,"event":"motion","dx":700,"dy":-3,"outDx":700,"outDy":-3,"verdict":"pass"}
-{"t":1003.0,"event":"button","number":5,"down":true,"verdict":"pass"}
-{"t":2000.0,"post":"button","number":5,"down":false}
-)");
-}
-
 }  // namespace
 }  // namespace tessara
