@@ -29,6 +29,7 @@ void expectForm(const T& value, const char* json) {
 
 TEST(JSON, each_value_has_its_stored_form) {
     expectForm(ModifierFlags{ModifierFlags::shift, ModifierFlags::command}, "18");
+    expectForm(ModifierFlags::capsLock | ModifierFlags::control | ModifierFlags::function, "37");
     expectForm(ModifierFlags{~0U}, "4294967295");
     expectForm(ScrollAxes{std::uint8_t{0xFC}}, "252");
     expectForm(DeviceID{~std::uint64_t{0}}, "18446744073709551615");
