@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -27,17 +26,16 @@ class FakeHIDInterface final : public HIDInterface,
                                      .maxInputReportSize = 20,
                                      .maxOutputReportSize = 20};
     std::uint64_t id = 77;
-    std::atomic<IOReturn> openResult = IOReturn::success;
-    std::atomic<IOReturn> writeResult = IOReturn::success;
+    IOReturn openResult = IOReturn::success;
+    IOReturn writeResult = IOReturn::success;
     /// Runs inside each write that is taken, on the writer's queue.
     std::function<void(const Bytes& report)> onWrite;
 
-    std::atomic<bool> isOpen = false;
-    std::atomic<bool> isGone = false;
-    std::atomic<int> openCount = 0;
-    std::atomic<int> closeCount = 0;
+    bool isOpen = false;
+    bool isGone = false;
+    int openCount = 0;
+    int closeCount = 0;
     std::vector<Bytes> written;
-    bool keepsWritten = true;
 
     bool isListenedTo() const { return static_cast<bool>(handler_); }
 
@@ -85,7 +83,7 @@ class FakeHIDInterface final : public HIDInterface,
         if (report.empty() || report.front() != reportID) return IOReturn::badArgument;
         if (writeResult != IOReturn::success) return writeResult;
         const Bytes taken(report.begin(), report.end());
-        if (keepsWritten) written.push_back(taken);
+        written.push_back(taken);
         if (onWrite) onWrite(taken);
         return IOReturn::success;
     }

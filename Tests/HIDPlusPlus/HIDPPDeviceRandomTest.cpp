@@ -6,12 +6,13 @@
 
 #include <gtest/gtest.h>
 
-#include "FakeHIDTransport.h"
 #include "HIDPlusPlus/HIDPPDevice.h"
 #include "HIDPlusPlus/HIDPPRunLoop.h"
 #include "Platform/Dispatch/ManualDispatcher.h"
 #include "Platform/Dispatch/ThreadedDispatcher.h"
-#include "RandomMouse.h"
+#include "Platform/Simulated/SimulatedHIDTransport.h"
+#include "Platform/Simulated/SimulatedMouse.h"
+#include "RandomOperations.h"
 
 namespace tessara {
 namespace {
@@ -21,11 +22,26 @@ using namespace std::chrono_literals;
 constexpr auto timeout = 100ms;
 constexpr double timeoutSeconds = 0.1;
 
+/// Lets something be wrong with the next reply: any fault, or a delay that is short or close to the
+/// timeout.
+void meddle(SimulatedMouse& mouse, Random& random) {
+    using enum SimulatedMouse::Fault;
+    constexpr SimulatedMouse::Fault faults[] = {noReply,           replyTwice, shortReply,
+                                                wrongFeatureIndex, error10,    error20};
+    if (below(random, 2) == 0) {
+        mouse.injectFault(faults[below(random, std::size(faults))]);
+    } else {
+        // What is late is so by less than the pause that follows a timeout.
+        mouse.setLateness(below(random, 2) == 0 ? below(random, 4) * 1ms
+                                                : timeout + below(random, 30) * 1ms);
+        mouse.injectFault(lateReply);
+    }
+}
+
 /// Operations, faults, plugs, unplugs, connects and disconnects in any order, in virtual time.
 class RandomSession {
   public:
-    explicit RandomSession(std::uint64_t seed)
-        : random_(seed), mouse_(transport_, runLoop_->queue(), seed + 1, timeout) {
+    explicit RandomSession(std::uint64_t seed) : random_(seed) {
         device_->setDefaultTimeout(timeoutSeconds);
         subscription_ =
             device_->makeEventStream(caller_, [this](const HIDPPEvent& event) { listen(event); });
@@ -35,9 +51,8 @@ class RandomSession {
         subscription_.cancel();
         device_ = nullptr;
         dispatcher_.advance(5s);
-        EXPECT_EQ(transport_.watchCount(), 0U);
         EXPECT_EQ(dispatcher_.pendingCount(), 0U);
-        EXPECT_TRUE(!mouse_.mouse.interface || !mouse_.mouse.interface->isOpen);
+        EXPECT_EQ(transport_.openInterfaceCount(), 0);
         // Nothing holds on to what it was called with.
         EXPECT_EQ(runLoop_.use_count(), 1);
     }
@@ -46,54 +61,56 @@ class RandomSession {
         if (operations_->outstanding() > 25) dispatcher_.advance(500ms);
         const auto choice = below(random_, 100);
         if (choice < 55) {
+            if (below(random_, 100) < faultPercent_) meddle(mouse_, random_);
             operations_->beginAny(random_);
         } else if (choice < 75) {
             dispatcher_.advance(below(random_, 20'000) * 1us);
         } else if (choice < 79) {
             dispatcher_.advance(below(random_, 400) * 1ms);
         } else if (choice < 81) {
-            if (isPlugged_) mouse_.mouse.unplug();
-            isPlugged_ = false;
+            transport_.unplug(mouse_);
         } else if (choice < 88) {
-            if (!isPlugged_) mouse_.plug();
-            isPlugged_ = true;
+            transport_.plug(mouse_);
         } else if (choice < 89) {
             disconnect();
         } else if (choice < 95) {
             operations_->begin(device_->connect());
         } else if (choice < 97) {
             constexpr std::uint64_t rates[] = {0, 1, 5, 40};
-            mouse_.faultPercent = rates[below(random_, 4)];
+            faultPercent_ = rates[below(random_, 4)];
         } else if (choice < 98) {
-            setWriteResult(anyResult());
+            transport_.refuseWrites(anyCount());
         } else if (choice < 99) {
-            setOpenResult(anyResult());
-        } else if (isPlugged_) {
-            mouse_.mouse.send({0x11, 0xFF, 5, 0x10, 1});
+            const bool isGranted = below(random_, 4) > 0;
+            transport_.refuseOpens(anyCount());
+            transport_.setListenEventAccess(isGranted ? HIDListenEventAccess::granted
+                                                      : HIDListenEventAccess::denied);
+        } else {
+            mouse_.setRatchet(below(random_, 2) == 0);
         }
     }
 
     /// Ends all faults, waits until nothing goes on, and looks at everything.
     void settle() {
-        mouse_.faultPercent = 0;
-        setWriteResult(IOReturn::success);
-        setOpenResult(IOReturn::success);
+        faultPercent_ = 0;
+        mouse_.clearFaults();
+        transport_.refuseWrites(0);
+        transport_.refuseOpens(0);
+        transport_.setListenEventAccess(HIDListenEventAccess::granted);
         dispatcher_.advance(20s);
         EXPECT_EQ(operations_->outstanding(), 0) << "every operation ends exactly once";
         EXPECT_EQ(operations_->misdelivered, 0);
         EXPECT_FALSE(run(device_->isConnecting()));
         const auto state = run(device_->state());
         EXPECT_EQ(state, heardState_) << "the listeners know the state";
-        const bool isOpen = isPlugged_ && mouse_.mouse.interface->isOpen;
-        EXPECT_EQ(state.isConnected(), isOpen) << state.description();
-        EXPECT_LE(transport_.watchCount(), 1U);
+        EXPECT_EQ(transport_.openInterfaceCount(), state.isConnected()) << state.description();
 
         const auto connected = run(device_->connect());
-        EXPECT_EQ(connected.has_value(), isPlugged_);
-        if (!isPlugged_) return;
+        EXPECT_EQ(connected.has_value(), transport_.isPlugged(mouse_));
+        if (!connected) return;
         const auto wanted = 200 + 50 * static_cast<std::int64_t>(below(random_, 500));
         EXPECT_EQ(run(device_->setDPI(wanted)), wanted);
-        EXPECT_EQ(mouse_.dpi, wanted);
+        EXPECT_EQ(mouse_.dpi(), wanted);
         const auto counted = run(device_->transportStatistics());
         EXPECT_LE(counted->repliesMatched, counted->requestsSent);
     }
@@ -119,21 +136,7 @@ class RandomSession {
         asio::co_spawn(caller_->executor(), device_->disconnect(), RethrowException());
     }
 
-    IOReturn anyResult() {
-        constexpr IOReturn failures[] = {IOReturn::notPermitted, IOReturn::noDevice,
-                                         IOReturn::exclusiveAccess, IOReturn::timeout};
-        return below(random_, 4) > 0 ? IOReturn::success
-                                     : failures[below(random_, std::size(failures))];
-    }
-
-    void setOpenResult(IOReturn result) {
-        mouse_.mouse.openResult = result;
-        if (mouse_.mouse.interface) mouse_.mouse.interface->openResult = result;
-    }
-
-    void setWriteResult(IOReturn result) {
-        if (mouse_.mouse.interface) mouse_.mouse.interface->writeResult = result;
-    }
+    std::int64_t anyCount() { return static_cast<std::int64_t>(below(random_, 3)); }
 
     void listen(const HIDPPEvent& event) {
         if (const auto* changed = std::get_if<HIDPPEvent::StateChanged>(&event.value)) {
@@ -146,11 +149,11 @@ class RandomSession {
 
     Random random_;
     ManualDispatcher dispatcher_;
-    FakeHIDTransport transport_;
+    SimulatedMouse mouse_;
+    SimulatedHIDTransport transport_;
+    std::uint64_t faultPercent_ = 0;
     std::shared_ptr<HIDPPRunLoop> runLoop_ =
         std::make_shared<HIDPPRunLoop>(dispatcher_, transport_);
-    RandomMouse mouse_;
-    bool isPlugged_ = false;
     std::shared_ptr<DispatchQueue> caller_ =
         dispatcher_.makeQueue("caller", QualityOfService::standard);
     std::unique_ptr<HIDPPDevice> device_ =
@@ -185,11 +188,10 @@ TEST(HIDPPDeviceRandom, whatever_happens_every_operation_ends_once_and_with_its_
 /// The same on real threads, so that the thread sanitizer sees what races with what.
 TEST(HIDPPDeviceRandom, operations_plugs_and_disconnects_race_on_real_threads) {
     ThreadedDispatcher dispatcher;
-    FakeHIDTransport transport;
+    SimulatedMouse mouse;
+    SimulatedHIDTransport transport;
     auto runLoop = std::make_shared<HIDPPRunLoop>(dispatcher, transport);
     const auto linkQueue = runLoop->queue();
-    RandomMouse mouse(transport, linkQueue, 1, timeout);
-    mouse.faultPercent = 1;
     {
         HIDPPDevice device(HIDPPDeviceMatch::g502X, runLoop);
         device.setDefaultTimeout(0.02);
@@ -204,9 +206,10 @@ TEST(HIDPPDeviceRandom, operations_plugs_and_disconnects_race_on_real_threads) {
 
         Random random(1);
         for (int round = 0; round < 40; ++round) {
-            linkQueue->post([&] { mouse.plug(); });
+            transport.plug(mouse);
             operations[0]->begin(device.connect());
             for (int i = 0; i < 30; ++i) {
+                if (below(random, 100) == 0) meddle(mouse, random);
                 operations[below(random, operations.size())]->beginAny(random);
             }
             // Without a wait the plug would be over before anything is under way.
@@ -214,7 +217,7 @@ TEST(HIDPPDeviceRandom, operations_plugs_and_disconnects_race_on_real_threads) {
             if (round % 4 == 3) {
                 asio::co_spawn(callers[2]->executor(), device.disconnect(), RethrowException());
             }
-            linkQueue->post([&] { mouse.mouse.unplug(); });
+            transport.unplug(mouse);
         }
         for (const auto& some : operations) {
             while (some->outstanding() > 0)

@@ -12,19 +12,16 @@
 #include "FakeHIDInterface.h"
 #include "FakeHIDTransport.h"
 #include "HIDPlusPlus/HIDPPFeature.h"
-#include "Platform/Dispatch/Mutex.h"
 
 namespace tessara {
 
 /// A mouse of a few bytes behind a fake interface: a feature table, and for each function of a
-/// feature the payload it answers with. What it does not know it refuses with error 7. Answers,
-/// gate and meddling run one at a time, on the queues of the writers.
+/// feature the payload it answers with. What it does not know it refuses with error 7. Answers
+/// and gate run in virtual time, on the queue of the writer.
 class ScriptedMouse {
   public:
     using Bytes = std::vector<std::uint8_t>;
     using Answer = std::function<Bytes(const Bytes& parameters)>;
-    /// A report that the mouse sends, and how long after the request.
-    using Emission = std::pair<std::chrono::nanoseconds, Bytes>;
 
     /// The identifiers of the features, in the order of their indices.
     std::vector<std::uint16_t> table{0x0000, 0x0001, 0x0003, 0x0005, 0x2121,
@@ -33,13 +30,10 @@ class ScriptedMouse {
 
     /// Called with each request before it is answered; false swallows the request.
     std::function<bool(const Bytes& request)> gate;
-    /// What the mouse sends instead of its reply.
-    std::function<std::vector<Emission>(const Bytes& request, Bytes reply)> meddle;
     /// How long each reply takes.
     std::chrono::nanoseconds replyDelay{0};
     /// Every request the mouse saw, over all its plugs.
     std::vector<Bytes> requests;
-    bool keepsRequests = true;
 
     /// The interface of the present plug that carries the protocol.
     std::shared_ptr<FakeHIDInterface> interface;
@@ -76,7 +70,6 @@ class ScriptedMouse {
         keyboard->described.maxOutputReportSize = 19;
         interface = std::make_shared<FakeHIDInterface>();
         interface->openResult = openResult;
-        interface->keepsWritten = keepsRequests;
         interface->onWrite = [this, weakInterface = std::weak_ptr(interface)](
                                  const Bytes& request) { receive(request, weakInterface); };
         transport_.plug({pointer, keyboard, interface});
@@ -99,25 +92,17 @@ class ScriptedMouse {
     }
 
     void receive(const Bytes& request, const std::weak_ptr<FakeHIDInterface>& weakInterface) {
-        MutexLock lock(mutex_);
-        if (keepsRequests) requests.push_back(request);
+        requests.push_back(request);
         if (gate && !gate(request)) return;
         const auto asked = weakInterface.lock();
         if (!asked) return;
-        auto reply = replyTo(request);
-        const auto emissions = meddle ? meddle(request, std::move(reply))
-                                      : std::vector<Emission>{{replyDelay, std::move(reply)}};
-        for (const auto& [delay, report] : emissions) {
-            const auto now = linkQueue_->clock().now();
-            linkQueue_->postAt(now + delay,
-                               [weakInterface, report, opening = asked->openCount.load()] {
-                                   // A reply does not outlive the opening under which it was asked
-                                   // for.
-                                   const auto alive = weakInterface.lock();
-                                   if (alive && !alive->isGone && alive->openCount == opening)
-                                       alive->deliver(report);
-                               });
-        }
+        // A reply does not outlive the opening under which it was asked for.
+        linkQueue_->postAt(linkQueue_->clock().now() + replyDelay,
+                           [weakInterface, reply = replyTo(request), opening = asked->openCount] {
+                               const auto alive = weakInterface.lock();
+                               if (alive && !alive->isGone && alive->openCount == opening)
+                                   alive->deliver(reply);
+                           });
     }
 
     Bytes replyTo(const Bytes& request) const {
@@ -142,7 +127,6 @@ class ScriptedMouse {
 
     FakeHIDTransport& transport_;
     const std::shared_ptr<DispatchQueue> linkQueue_;
-    Mutex mutex_;
 };
 
 }  // namespace tessara
