@@ -245,9 +245,10 @@ TEST_F(HIDPPDeviceTest, notifications_reach_every_listener_until_the_connection_
     EXPECT_THAT(takeEvents(), ElementsAre("notification 5"));
     EXPECT_THAT(heard, ElementsAre(HIDPPEvent(HIDPPEvent::Notification{5, 0x10, {1, 2}})));
 
+    // This one is on its way to the listeners when the connection ends.
+    spawn(device->disconnect());
     mouse.send({0x11, 0xFF, 5, 0x10});
-    mouse.unplug();
-    EXPECT_THAT(takeEvents(), ElementsAre("removed", "disconnected"));
+    EXPECT_THAT(takeEvents(), ElementsAre("disconnected"));
 }
 
 TEST_F(HIDPPDeviceTest, a_request_is_answered_errors_included_or_ends_with_the_connection) {
