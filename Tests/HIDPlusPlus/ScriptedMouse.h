@@ -32,8 +32,9 @@ class ScriptedMouse {
     std::function<bool(const Bytes& request)> gate;
     /// How long each reply takes.
     std::chrono::nanoseconds replyDelay{0};
-    /// Every request the mouse saw, over all its plugs.
+    /// Every request the mouse saw, over all its plugs, unless it is not to keep them.
     std::vector<Bytes> requests;
+    bool keepsRequests = true;
 
     /// The interface of the present plug that carries the protocol.
     std::shared_ptr<FakeHIDInterface> interface;
@@ -92,7 +93,7 @@ class ScriptedMouse {
     }
 
     void receive(const Bytes& request, const std::weak_ptr<FakeHIDInterface>& weakInterface) {
-        requests.push_back(request);
+        if (keepsRequests) requests.push_back(request);
         if (gate && !gate(request)) return;
         const auto asked = weakInterface.lock();
         if (!asked) return;
