@@ -8,7 +8,8 @@
 
 namespace tessara {
 
-/// The moment that lies `duration` after `moment`, or nothing if the time line ends before it.
+/// The moment that lies `duration` after `moment`, or before it when `duration` is negative;
+/// nothing if that is not on the time line.
 [[nodiscard]] inline std::optional<TimePoint> laterBy(TimePoint moment,
                                                       std::chrono::nanoseconds duration) noexcept {
     std::int64_t sum = 0;

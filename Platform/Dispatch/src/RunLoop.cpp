@@ -6,6 +6,7 @@
 
 #include <asio/post.hpp>
 
+#include "LaterBy.h"
 #include "RepeatingTimer.h"
 #include "ThreadClass.h"
 
@@ -146,7 +147,8 @@ void RunLoop::setWakeUp(TimePoint moment) {
     wakeUp_ = moment;
     if (timerIsSetTo_ == moment) return;
     timerIsSetTo_ = moment;
-    timer_.set(moment == TimePoint::max() ? moment : moment - lead_);
+    const bool isNever = moment == TimePoint::max();
+    timer_.set(isNever ? moment : laterBy(moment, -lead_).value_or(moment));
 }
 
 }  // namespace tessara
