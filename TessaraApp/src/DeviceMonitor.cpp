@@ -4,10 +4,10 @@
 
 #include <asio/any_io_executor.hpp>
 #include <asio/co_spawn.hpp>
-#include <asio/detached.hpp>
 
 #include "HIDPlusPlus/HIDPPDevice.h"
 #include "HIDPlusPlus/HIDPPRunLoop.h"
+#include "Platform/Dispatch/Awaitables.h"
 #include "Platform/Dispatch/DispatchQueue.h"
 #include "Platform/WallClock.h"
 
@@ -63,7 +63,7 @@ void DeviceMonitor::spawn(Operation operation) {
     auto begin = [](std::weak_ptr<DeviceMonitor*> token, Operation begun) -> asio::awaitable<void> {
         if (DeviceMonitor* self = monitor(token)) co_await (self->*begun)();
     };
-    asio::co_spawn(mainQueue_->executor(), begin(self_, operation), asio::detached);
+    asio::co_spawn(mainQueue_->executor(), begin(self_, operation), RethrowException());
 }
 
 void DeviceMonitor::start() {
@@ -91,7 +91,7 @@ void DeviceMonitor::stop() {
     auto disconnect = [](std::shared_ptr<HIDPPDevice> device) -> asio::awaitable<void> {
         co_await device->disconnect();
     };
-    asio::co_spawn(mainQueue_->executor(), disconnect(device_), asio::detached);
+    asio::co_spawn(mainQueue_->executor(), disconnect(device_), RethrowException());
 }
 
 asio::awaitable<void> DeviceMonitor::listen() {

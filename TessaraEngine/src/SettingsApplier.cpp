@@ -4,8 +4,8 @@
 
 #include <asio/any_io_executor.hpp>
 #include <asio/co_spawn.hpp>
-#include <asio/detached.hpp>
 
+#include "Platform/Dispatch/Awaitables.h"
 #include "Platform/Dispatch/DispatchQueue.h"
 
 namespace tessara {
@@ -112,7 +112,7 @@ void SettingsApplier::beginFullApply() {
 void SettingsApplier::begin(const DesiredDeviceSettings& settings) {
     lastApply_ = std::make_shared<Apply>();
     asio::co_spawn(queue_->executor(), run(weak_from_this(), control_, settings, lastApply_),
-                   asio::detached);
+                   RethrowException());
 }
 
 asio::awaitable<void> SettingsApplier::run(std::weak_ptr<SettingsApplier> applier,

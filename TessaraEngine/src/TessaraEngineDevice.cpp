@@ -2,11 +2,11 @@
 
 #include <asio/any_io_executor.hpp>
 #include <asio/co_spawn.hpp>
-#include <asio/detached.hpp>
 
 #include "DPISink.h"
 #include "HIDPlusPlus/HIDPPDevice.h"
 #include "HIDPlusPlus/HIDPPRunLoop.h"
+#include "Platform/Dispatch/Awaitables.h"
 #include "TessaraEngine/DPIShiftPolicy.h"
 #include "TessaraEngine/InputRouter.h"
 #include "TessaraEngine/MacroExecutor.h"
@@ -90,7 +90,7 @@ void TessaraEngine::connectToDevice(const DesiredDeviceSettings& desired) {
         if (auto self = weakSelf.lock()) self->handleHIDError(connected.error());
     };
     asio::co_spawn(platform_.mainQueue->executor(), connect(hidDevice_, weak_from_this()),
-                   asio::detached);
+                   RethrowException());
 }
 
 void TessaraEngine::disconnectFromDevice() {
@@ -100,7 +100,7 @@ void TessaraEngine::disconnectFromDevice() {
             co_await leaving->disconnect();
         };
         asio::co_spawn(platform_.mainQueue->executor(), disconnect(std::move(device)),
-                       asio::detached);
+                       RethrowException());
     }
 }
 

@@ -5,7 +5,6 @@
 
 #include <asio/any_io_executor.hpp>
 #include <asio/co_spawn.hpp>
-#include <asio/detached.hpp>
 #include <asio/use_future.hpp>
 #include <fmt/format.h>
 
