@@ -65,7 +65,7 @@ TEST_F(ManualDispatcherTest, work_made_due_at_the_very_end_of_an_advance_still_r
 
 TEST_F(ManualDispatcherTest, running_until_idle_goes_from_deadline_to_deadline_up_to_the_limit) {
     queue->postAt(start + milliseconds(10), [this] {
-        ran.push_back("first");
+        ran.emplace_back("first");
         queue->postAt(start + milliseconds(20), note("at the limit"));
         queue->postAt(start + milliseconds(20) + nanoseconds(1), note("past the limit"));
     });
