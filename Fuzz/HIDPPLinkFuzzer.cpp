@@ -62,9 +62,11 @@ class Session {
             case 0:
                 request(script);
                 break;
-            case 1:
-                deliver(script.byte(), script.bytes(script.byte() % 32));
+            case 1: {
+                const auto reportID = script.byte();
+                deliver(reportID, script.bytes(script.byte() % 32));
                 break;
+            }
             case 2:
                 echo(script);
                 break;
@@ -105,31 +107,38 @@ class Session {
         const auto number = completions_.size();
         completions_.push_back(0);
         const bool isLong = script.byte() % 2 == 0;
+        const auto feature = script.byte();
+        const auto function = static_cast<std::uint8_t>(script.byte() % 16);
         link_->enqueue({.deviceIndex = 0xFF,
-                        .featureIndex = script.byte(),
-                        .function = static_cast<std::uint8_t>(script.byte() % 16),
+                        .featureIndex = feature,
+                        .function = function,
                         .parameters = script.bytes(script.byte() % 20),
                         .isLong = isLong,
                         .timeout = script.byte() * 0.001,
                         .label = "request"},
-                       [this, number](const HIDPPLink::Reply& reply) {
+                       [this, number, feature, function](const HIDPPLink::Reply& reply) {
                            completions_[number] += 1;
                            if (reply) {
-                               TESSARA_PRECONDITION(isEchoing_, "a reply that nobody sent");
+                               TESSARA_PRECONDITION(isEcho(feature, function),
+                                                    "a reply that nobody sent");
                            }
                        });
     }
 
     /// Delivers a report as the script has it, whole or with its id stripped.
     void deliver(std::uint8_t reportID, const Bytes& bytes) {
-        // What these bytes may be taken for is judged by their echo of the last request alone.
-        const auto& written = interface_->written;
-        auto report = bytes;
-        if (!report.empty() && report.front() != reportID) report.insert(report.begin(), reportID);
-        isEchoing_ = !written.empty() && report.size() >= 4 &&
-                     std::equal(report.begin() + 1, report.begin() + 4, written.back().begin() + 1);
+        delivered_ = bytes;
+        if (bytes.empty() || bytes.front() != reportID)
+            delivered_.insert(delivered_.begin(), reportID);
         interface_->deliver(reportID, bytes);
-        isEchoing_ = false;
+        delivered_.clear();
+    }
+
+    /// Whether the report that is being delivered repeats the address of a request. A reply may
+    /// overtake the end of the write that asked for it, so what was written is no measure.
+    bool isEcho(std::uint8_t feature, std::uint8_t function) const {
+        return delivered_.size() >= 4 && delivered_[1] == 0xFF && delivered_[2] == feature &&
+               delivered_[3] >> 4 == function;
     }
 
     /// Answers one of the last requests, the latest or an earlier one.
@@ -167,8 +176,8 @@ class Session {
     std::shared_ptr<FakeHIDInterface> interface_ = std::make_shared<FakeHIDInterface>();
     std::shared_ptr<HIDPPLink> link_ = std::make_shared<HIDPPLink>(runLoop_, interface_);
     std::vector<int> completions_;
-    /// The report that is being delivered echoes the request that was written last.
-    bool isEchoing_ = false;
+    /// The report that is being delivered, its id in front; empty between deliveries.
+    Bytes delivered_;
 };
 
 }  // namespace
