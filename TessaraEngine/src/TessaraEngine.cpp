@@ -257,6 +257,7 @@ void TessaraEngine::refreshMetrics() {
         status.pointer = pointerPipeline_.snapshotMetrics();
         status.buttons = buttonPipeline_.snapshotMetrics();
         status.targetDeviceAttached = scope_.isTargetAttached();
+        status.workspaceLimitation = platform_.workspace.limitation();
         status.isTapEnabled = tapController_ && tapController_->isTapEnabled();
         if (pointerTuning_) status.pointerTuning = pointerTuning_->status();
     });

@@ -52,6 +52,10 @@ class WorkspaceService {
     /// The name under which the user knows the application; nothing when it is not installed.
     [[nodiscard]] virtual std::optional<std::string> displayName(
         const std::string& bundleID) const = 0;
+
+    /// Why the application in front cannot be told in this session, in a sentence for the user;
+    /// nothing where it can.
+    [[nodiscard]] virtual std::optional<std::string> limitation() const { return std::nullopt; }
 };
 
 /// Runs the user's named Shortcuts. Returns at once; a Shortcut that is missing or fails is

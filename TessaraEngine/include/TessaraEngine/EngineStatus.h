@@ -28,6 +28,8 @@ struct EngineStatus {
     std::string activeProfileID{Profile::defaultProfileID};
     std::string activeProfileName = "Default";
     std::optional<std::string> frontmostBundleID;
+    /// Why no profile but the default one can be chosen in this session, in words for the user.
+    std::optional<std::string> workspaceLimitation;
     /// The mouse is among the system's input devices.
     bool targetDeviceAttached = false;
     SettingsApplyState deviceSettings;
