@@ -5,6 +5,7 @@
 
 #include "DPISink.h"
 #include "HIDPlusPlus/HIDPPRunLoop.h"
+#include "Platform/WorkspaceService.h"
 #include "TessaraEngine/CGPointerCursor.h"
 #include "TessaraEngine/EngineSPIDiagnostics.h"
 #include "TessaraEngine/InputRouter.h"
