@@ -15,6 +15,9 @@ target_link_libraries(Asio INTERFACE Threads::Threads)
 
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(utf8proc REQUIRED IMPORTED_TARGET libutf8proc)
+if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+  pkg_check_modules(libudev REQUIRED IMPORTED_TARGET libudev)
+endif()
 
 if(TESSARA_BUILD_TESTS)
   find_package(GTest REQUIRED)

@@ -10,6 +10,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "Platform/Linux/FileDescriptor.h"
+
 namespace tessara {
 namespace {
 
@@ -45,22 +47,6 @@ FileError failure(const std::string& path, const char* action, int number) {
 std::unexpected<FileError> failed(const std::string& path, const char* action, int number) {
     return std::unexpected(failure(path, action, number));
 }
-
-class Descriptor {
-  public:
-    explicit Descriptor(int number) : number_(number) {}
-    ~Descriptor() {
-        if (number_ >= 0) ::close(number_);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    [[nodiscard]] int get() const { return number_; }
-    explicit operator bool() const { return number_ >= 0; }
-
-  private:
-    int number_;
-};
 
 /// A file that is removed again unless it was renamed to its place.
 class TemporaryFile {
@@ -102,10 +88,9 @@ int writeAll(int descriptor, std::string_view contents) {
 /// Makes a rename or a removal in the folder last. A file system that cannot sync folders answers
 /// EINVAL, and has no more to give.
 int syncFolder(const std::string& folder) {
-    const Descriptor descriptor(retryInterrupted(
-        [&] { return ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
-    if (!descriptor) return errno;
-    if (retryInterrupted([&] { return ::fsync(descriptor.get()); }) != 0 && errno != EINVAL) {
+    const auto descriptor = FileDescriptor::open(folder, O_RDONLY | O_DIRECTORY);
+    if (!descriptor) return descriptor.error();
+    if (retryInterrupted([&] { return ::fsync(descriptor->get()); }) != 0 && errno != EINVAL) {
         return errno;
     }
     return 0;
@@ -129,12 +114,11 @@ std::expected<bool, FileError> PosixFileSystem::exists(const std::string& path) 
 std::expected<std::string, FileError> PosixFileSystem::read(const std::string& path,
                                                             std::size_t maximumSize) const {
     // Without O_NONBLOCK a pipe in the file's place would hold up the program for good.
-    const Descriptor descriptor(retryInterrupted(
-        [&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); }));
-    if (!descriptor) return failed(path, "opened", errno);
+    const auto descriptor = FileDescriptor::open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
+    if (!descriptor) return failed(path, "opened", descriptor.error());
 
     struct stat info{};
-    if (::fstat(descriptor.get(), &info) != 0) return failed(path, "opened", errno);
+    if (::fstat(descriptor->get(), &info) != 0) return failed(path, "opened", errno);
     if (S_ISDIR(info.st_mode)) return failed(path, "opened", EISDIR);
     if (!S_ISREG(info.st_mode)) return failed(path, "opened", EINVAL);
     if (info.st_size > 0 && static_cast<std::size_t>(info.st_size) > maximumSize) {
@@ -146,7 +130,7 @@ std::expected<std::string, FileError> PosixFileSystem::read(const std::string& p
     for (;;) {
         constexpr std::size_t step = 64 * 1024;
         contents.resize(length + step);
-        const ssize_t count = ::read(descriptor.get(), contents.data() + length, step);
+        const ssize_t count = ::read(descriptor->get(), contents.data() + length, step);
         if (count < 0) {
             if (errno == EINTR) continue;
             return failed(path, "read", errno);
@@ -163,7 +147,7 @@ std::expected<void, FileError> PosixFileSystem::replaceAtomically(const std::str
                                                                   std::string_view contents) {
     const std::string target = resolved(path);
     std::string pattern = target + ".XXXXXX";
-    const Descriptor descriptor(::mkostemp(pattern.data(), O_CLOEXEC));
+    const FileDescriptor descriptor(::mkostemp(pattern.data(), O_CLOEXEC));
     if (!descriptor) return failed(path, "written", errno);
     TemporaryFile temporary(pattern);
 
