@@ -1,0 +1,36 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "Platform/UpdaterService.h"
+#include "TessaraEngine/EnginePlatform.h"
+
+namespace tessara {
+
+class DesktopShell;
+class FileSystem;
+class LoginItemService;
+class UserDefaults;
+class WallClock;
+
+/// The services of the platform that the application runs on, the engine's included. Chosen once by
+/// the program; all of them outlive the application.
+struct AppPlatform {
+    EnginePlatform engine;
+    FileSystem& files;
+    /// Where the settings of this machine are kept.
+    UserDefaults& defaults;
+    const WallClock& wallClock;
+    LoginItemService& loginItem;
+    UpdaterService& updater;
+    DesktopShell& shell;
+    /// The program's own folder for what it keeps; need not exist. An absolute path.
+    std::string supportDirectory;
+    /// The version of this copy of the program.
+    ProgramVersion version;
+    /// Brings the program's windows to the front; empty where it has none.
+    std::function<void()> activateApplication;
+};
+
+}  // namespace tessara
