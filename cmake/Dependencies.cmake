@@ -16,6 +16,7 @@ target_link_libraries(Asio INTERFACE Threads::Threads)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(utf8proc REQUIRED IMPORTED_TARGET libutf8proc)
 if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+  pkg_check_modules(libevdev REQUIRED IMPORTED_TARGET libevdev)
   pkg_check_modules(libudev REQUIRED IMPORTED_TARGET libudev)
 endif()
 
