@@ -161,6 +161,7 @@ class AppModel : public QObject {
     void setStatus(EngineStatus status);
     void setEngine(std::shared_ptr<TessaraEngine> engine);
     void setPermissions(const PermissionState& permissions);
+    void setFrontmostAppName(std::optional<std::string> name);
     void refreshDerived();
     [[nodiscard]] std::optional<std::string> nameOfFrontmostApp() const;
 
