@@ -17,6 +17,7 @@ find_package(PkgConfig REQUIRED)
 pkg_check_modules(utf8proc REQUIRED IMPORTED_TARGET libutf8proc)
 if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
   pkg_check_modules(libevdev REQUIRED IMPORTED_TARGET libevdev)
+  pkg_check_modules(glib REQUIRED IMPORTED_TARGET glib-2.0)
   pkg_check_modules(libudev REQUIRED IMPORTED_TARGET libudev)
 endif()
 

@@ -37,7 +37,7 @@ void UpdaterController::syncAutomaticChecks() {
 }
 
 void UpdaterController::checkForUpdates() {
-    activateApplication_();
+    updaterWillAskUser();
     service_.checkForUpdates();
 }
 
@@ -50,7 +50,7 @@ void UpdaterController::updaterDidChange() {
 }
 
 void UpdaterController::updaterWillAskUser() {
-    activateApplication_();
+    if (activateApplication_) activateApplication_();
 }
 
 }  // namespace tessara

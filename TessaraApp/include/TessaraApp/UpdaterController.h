@@ -22,6 +22,7 @@ class UpdaterController : public QObject, private UpdaterDelegate {
     Q_PROPERTY(bool canCheckForUpdates READ canCheckForUpdates NOTIFY changed)
 
   public:
+    /// Brings the application to the front; empty where there is nothing to bring.
     using ActivateApplication = std::function<void()>;
 
     /// Starts nothing. Service and preferences outlive this.

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Platform/LoginItemService.h"
+
+namespace tessara {
+
+class FileSystem;
+struct XDGDirectories;
+
+/// The program among the applications that the desktop starts at login: a copy of its desktop entry
+/// in the user's autostart folder (Desktop Application Autostart of freedesktop.org). An entry that
+/// the desktop's own settings switched off stays switched off: it reads as waiting for approval,
+/// and registering leaves it as it is.
+class AutostartLoginItem final : public LoginItemService {
+  public:
+    struct Places {
+        /// The user's entry.
+        std::string entry;
+        /// Where an installed program's entry may be; the first that is there counts.
+        std::vector<std::string> installedEntries;
+        /// Where a program without a path is looked for.
+        std::vector<std::string> programFolders;
+
+        /// As the environment has them. To be called before there are other threads.
+        [[nodiscard]] static Places standard(const XDGDirectories& directories);
+    };
+
+    /// `files` outlives this.
+    AutostartLoginItem(FileSystem& files, Places places);
+
+    [[nodiscard]] LoginItemStatus status() const override;
+    [[nodiscard]] std::expected<void, std::string> registerItem() override;
+    [[nodiscard]] std::expected<void, std::string> unregisterItem() override;
+
+  private:
+    /// The text of the installed entry, if its program is there too.
+    [[nodiscard]] std::expected<std::optional<std::string>, std::string> installedEntry() const;
+    [[nodiscard]] std::expected<bool, std::string> hasProgram(const std::string& entry) const;
+    /// The text of the user's entry, if there is one.
+    [[nodiscard]] std::expected<std::optional<std::string>, std::string> readEntry(
+        const std::string& path) const;
+
+    FileSystem& files_;
+    const Places places_;
+};
+
+}  // namespace tessara
