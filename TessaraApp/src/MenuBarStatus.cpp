@@ -5,7 +5,7 @@
 namespace tessara {
 namespace {
 
-constexpr const char* mouseIsMissing = "No supported mouse is plugged in";
+constexpr const char* mouseIsMissing = "No Logitech mouse is plugged in";
 
 std::string missingPermissions(const PermissionState& permissions) {
     if (permissions.accessibility) return "Missing: Input Monitoring";
