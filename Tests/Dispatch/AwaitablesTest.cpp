@@ -24,7 +24,7 @@ using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
 using ::testing::ElementsAre;
 
-class AwaitablesTest : public testing::BothKindsTest {
+class AwaitablesTest : public testing::AllKindsTest {
   protected:
     /// Starts a coroutine on the queue. `finished` is ready when it has ended.
     void spawn(asio::awaitable<void> coroutine) {
@@ -39,7 +39,7 @@ class AwaitablesTest : public testing::BothKindsTest {
 
     std::promise<void> finished;
 };
-TESSARA_TEST_BOTH_KINDS(AwaitablesTest);
+TESSARA_TEST_ALL_KINDS(AwaitablesTest);
 
 TEST_P(AwaitablesTest, a_coroutine_sleeps_until_its_deadline_and_runs_on_the_queue) {
     const auto deadline = now() + milliseconds(2);

@@ -1,4 +1,4 @@
-// A test for each promise of DispatchQueue, told of both kinds of queue.
+// A test for each promise of DispatchQueue, told of all kinds of queue.
 
 #include <algorithm>
 #include <atomic>
@@ -30,8 +30,8 @@ using ::testing::ElementsAre;
 using ::testing::Ge;
 using ::testing::IsEmpty;
 
-class DispatchQueueTest : public testing::BothKindsTest {};
-TESSARA_TEST_BOTH_KINDS(DispatchQueueTest);
+class DispatchQueueTest : public testing::AllKindsTest {};
+TESSARA_TEST_ALL_KINDS(DispatchQueueTest);
 
 TEST_P(DispatchQueueTest, promise_1_blocks_of_one_queue_never_overlap) {
     constexpr int perThread = 500;

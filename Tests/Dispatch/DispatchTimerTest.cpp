@@ -22,7 +22,7 @@ using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
 using ::testing::ElementsAre;
 
-class DispatchTimerTest : public testing::BothKindsTest {
+class DispatchTimerTest : public testing::AllKindsTest {
   protected:
     /// Runs `block` on the queue, so that what it assigns is there before the next block runs.
     void onQueue(DispatchQueue::Block block) {
@@ -33,7 +33,7 @@ class DispatchTimerTest : public testing::BothKindsTest {
     std::unique_ptr<DispatchTimer> timer;  // used on the queue
     int firings = 0;                       // used on the queue
 };
-TESSARA_TEST_BOTH_KINDS(DispatchTimerTest);
+TESSARA_TEST_ALL_KINDS(DispatchTimerTest);
 
 TEST_P(DispatchTimerTest, destroyed_from_its_own_handler_leaves_the_handler_whole_to_its_end) {
     const auto first = now() + milliseconds(1);

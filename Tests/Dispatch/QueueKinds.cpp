@@ -1,10 +1,13 @@
 #include "QueueKinds.h"
 
+#include <QCoreApplication>
+#include <QEventLoop>
 #include <future>
 #include <optional>
 
 #include "Platform/Dispatch/ManualDispatcher.h"
 #include "Platform/Dispatch/ThreadedDispatcher.h"
+#include "Platform/QtDispatch/QtMainQueue.h"
 #include "Support/ProcessResources.h"
 #include "Support/TestDispatcher.h"
 
@@ -46,11 +49,38 @@ class ThreadedKind final : public QueueKind {
     std::optional<ThreadedDispatcher> dispatcher_{std::in_place};
 };
 
+/// Turns Qt's loop by hand, on the test's own thread.
+class QtKind final : public QueueKind {
+  public:
+    std::shared_ptr<DispatchQueue> makeQueue(const std::string& label) override {
+        return std::make_shared<QtMainQueue>(label);
+    }
+    void runUntil(DispatchQueue& queue, TimePoint moment) override {
+        bool isReached = false;
+        queue.postAt(moment, [&] { isReached = true; });
+        while (!isReached)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    void runReady(DispatchQueue& queue) override {
+        queue.drain();
+        QEventLoop loop;
+        while (loop.processEvents())
+            continue;
+    }
+    void discard() override {}
+    void end() override {}
+
+  private:
+    int argc_ = 0;
+    QCoreApplication application_{argc_, nullptr};
+};
+
 }  // namespace
 
-std::vector<NamedKind> bothKinds() {
+std::vector<NamedKind> allKinds() {
     return {{"manual", [] { return std::make_unique<ManualKind>(); }},
-            {"threaded", [] { return std::make_unique<ThreadedKind>(); }}};
+            {"threaded", [] { return std::make_unique<ThreadedKind>(); }},
+            {"qt", [] { return std::make_unique<QtKind>(); }}};
 }
 
 std::string nameOfKind(const ::testing::TestParamInfo<NamedKind>& kind) {

@@ -11,8 +11,8 @@
 
 namespace tessara::testing {
 
-/// One of the two kinds of dispatcher, driven so that one test can be told of both: in virtual time
-/// by moving the clock, with threads by waiting for the queue to reach a moment.
+/// One of the kinds of queue, driven so that one test can be told of all: in virtual time by moving
+/// the clock, otherwise by waiting for the queue to reach a moment.
 class QueueKind {
   public:
     virtual ~QueueKind() = default;
@@ -37,11 +37,11 @@ struct NamedKind {
     std::function<std::unique_ptr<QueueKind>()> make;
 };
 
-[[nodiscard]] std::vector<NamedKind> bothKinds();
+[[nodiscard]] std::vector<NamedKind> allKinds();
 [[nodiscard]] std::string nameOfKind(const ::testing::TestParamInfo<NamedKind>& kind);
 
-/// A test that both kinds of queue pass: `queue` is one of the kind under test.
-class BothKindsTest : public ::testing::TestWithParam<NamedKind> {
+/// A test that all kinds of queue pass: `queue` is one of the kind under test.
+class AllKindsTest : public ::testing::TestWithParam<NamedKind> {
   protected:
     void runUntil(TimePoint moment) { kind->runUntil(*queue, moment); }
     void runReady() { kind->runReady(*queue); }
@@ -53,6 +53,6 @@ class BothKindsTest : public ::testing::TestWithParam<NamedKind> {
 
 }  // namespace tessara::testing
 
-#define TESSARA_TEST_BOTH_KINDS(Suite)                                                           \
-    INSTANTIATE_TEST_SUITE_P(Kinds, Suite, ::testing::ValuesIn(::tessara::testing::bothKinds()), \
+#define TESSARA_TEST_ALL_KINDS(Suite)                                                           \
+    INSTANTIATE_TEST_SUITE_P(Kinds, Suite, ::testing::ValuesIn(::tessara::testing::allKinds()), \
                              ::tessara::testing::nameOfKind)
