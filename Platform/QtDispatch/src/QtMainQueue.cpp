@@ -119,7 +119,8 @@ class QtMainQueue::Loop final : public QObject, public std::enable_shared_from_t
         // A loop within a block: the round that it belongs to goes on when the block has ended.
         if (isInRound_) return;
         const QScopedValueRollback inRound(isInRound_, true);
-        const auto self = shared_from_this();  // a block may let the queue go
+        const auto self = weak_from_this().lock();  // a block may let the queue go
+        if (!self) return;                          // it has gone already
         timer_.stop();
         for (int i = 0; i < blocksPerRound; ++i) {
             auto block = takeDue();
