@@ -6,17 +6,6 @@
 namespace tessara {
 namespace {
 
-/// Whether the flags of a `flagsChanged` event say that its key has gone down. An event that names
-/// no particular key of the family is believed by the generic bit.
-bool saysDown(const ModifierKey& key, std::uint64_t flags) {
-    std::uint64_t deviceFlagsOfFamily = 0;
-    for (const auto& row : modifierKeys) {
-        if (row.familyFlag == key.familyFlag) deviceFlagsOfFamily |= row.deviceFlag;
-    }
-    if ((flags & deviceFlagsOfFamily) != 0) return (flags & key.deviceFlag) != 0;
-    return (flags & key.familyFlag) != 0;
-}
-
 std::uint16_t keyCode(const CGEvent& event) {
     return static_cast<std::uint16_t>(event.integerValue(CGEventField::keyboardEventKeycode));
 }
@@ -42,7 +31,7 @@ void SimulatedInputState::apply(const CGEvent& event) {
         if (keyCode(event) == capsLockKeyCode) {
             isCapsLockOn_ = (event.flags & CGEventFlagMask::alphaShift) != 0;
         } else if (const auto* modifier = findModifierKey(keyCode(event))) {
-            note(keys_, modifier->code, saysDown(*modifier, event.flags));
+            note(keys_, modifier->code, isShownDown(*modifier, event.flags));
         }
     }
 }

@@ -10,7 +10,7 @@
 #include "Platform/Simulated/SimulatedHardware.h"
 #include "Platform/Simulated/SimulatedInputState.h"
 #include "ScriptFault.h"
-#include "ScrollDeltas.h"
+#include "Platform/ScrollDeltas.h"
 
 namespace tessara {
 namespace {

@@ -39,6 +39,17 @@ inline constexpr std::array<ModifierKey, 9> modifierKeys{{
     return nullptr;
 }
 
+/// Whether the flags of a key's `flagsChanged` event say that it has gone down. An event that names
+/// no particular key of the family is believed by the generic bit.
+[[nodiscard]] constexpr bool isShownDown(const ModifierKey& key, std::uint64_t flags) {
+    std::uint64_t deviceFlagsOfFamily = 0;
+    for (const auto& row : modifierKeys) {
+        if (row.familyFlag == key.familyFlag) deviceFlagsOfFamily |= row.deviceFlag;
+    }
+    if ((flags & deviceFlagsOfFamily) != 0) return (flags & key.deviceFlag) != 0;
+    return (flags & key.familyFlag) != 0;
+}
+
 /// The virtual key code of Caps Lock, whose events carry `CGEventFlagMask::alphaShift`.
 inline constexpr std::uint16_t capsLockKeyCode = 57;
 

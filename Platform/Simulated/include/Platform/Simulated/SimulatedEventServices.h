@@ -4,7 +4,7 @@
 #include <memory>
 #include <optional>
 
-#include "Platform/EventServices.h"
+#include "Platform/PlainEventServices.h"
 #include "Platform/Simulated/SimulatedRefusal.h"
 
 namespace tessara {
@@ -17,7 +17,7 @@ class SimulatedPermissions;
 
 /// Makes and posts events on the simulated desktop. A posted event without a time gets the present
 /// one; without Accessibility it goes nowhere. All operations may be called from any thread.
-class SimulatedEventServices final : public EventServices {
+class SimulatedEventServices final : public PlainEventServices {
   public:
     SimulatedEventServices(const Clock& clock, std::shared_ptr<SimulatedPermissions> permissions,
                            std::shared_ptr<SimulatedDisplays> displays,
@@ -32,24 +32,14 @@ class SimulatedEventServices final : public EventServices {
     void refuseEvents(std::int64_t count = SimulatedRefusal::always);
 
     [[nodiscard]] std::unique_ptr<EventSource> makeSource(EventSourceState state) override;
-    [[nodiscard]] std::optional<CGEvent> makeEvent() override;
-    [[nodiscard]] std::optional<CGEvent> makeScrollWheelEvent(const EventSource& source,
-                                                              ScrollEventUnit unit,
-                                                              std::int32_t wheel1,
-                                                              std::int32_t wheel2) override;
-    [[nodiscard]] std::optional<CGEvent> makeMouseEvent(const EventSource& source, CGEventType type,
-                                                        CGPoint location,
-                                                        std::uint32_t button) override;
-    [[nodiscard]] std::optional<CGEvent> makeKeyboardEvent(const EventSource& source,
-                                                           std::uint16_t code,
-                                                           bool isDown) override;
     void post(const CGEvent& event, CGEventTapLocation location) override;
     [[nodiscard]] bool keyState(EventSourceState state, std::uint16_t code) override;
     [[nodiscard]] std::uint64_t flagsState(EventSourceState state) override;
 
-  private:
-    [[nodiscard]] std::optional<CGEvent> makeFrom(const EventSource& source, CGEventType type);
+  protected:
+    [[nodiscard]] std::optional<CGEvent> makeBlankEvent() override;
 
+  private:
     const Clock& clock_;
     const std::shared_ptr<SimulatedPermissions> permissions_;
     const std::shared_ptr<SimulatedDisplays> displays_;

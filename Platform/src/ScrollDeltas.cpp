@@ -1,4 +1,4 @@
-#include "ScrollDeltas.h"
+#include "Platform/ScrollDeltas.h"
 
 namespace tessara {
 namespace {
