@@ -11,10 +11,8 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include "EngineWiring/SimulatedHost.h"
 #include "HIDPlusPlus/HIDPPDevice.h"
-#include "HIDPlusPlus/HIDPPRunLoop.h"
-#include "Platform/Simulated/SimulatedDesktop.h"
-#include "Platform/Simulated/SimulatedHIDTransport.h"
 #include "TessaraEngine/CGEventPoster.h"
 #include "TessaraEngine/TessaraEngine.h"
 #include "TessaraEngine/TessaraEventTag.h"
@@ -92,21 +90,18 @@ inline void disconnect(const std::shared_ptr<HIDPPDevice>& device, DispatchQueue
 
 /// The engine as a program runs it, not yet started, on a desktop with the mouse plugged in and an
 /// editor in front; a game and a browser are installed.
-class EngineOnDesktop {
+class EngineOnDesktop : public SimulatedHost {
   public:
     /// Called ahead of the engine's construction, with all else in place.
     using Adjustment = std::function<void(TessaraEngine::Options&, EngineOnDesktop&)>;
 
-    explicit EngineOnDesktop(Dispatcher& dispatcher, Config config = documentOfTwoProfiles(),
+    explicit EngineOnDesktop(Dispatcher& onDispatcher, Config config = documentOfTwoProfiles(),
                              const Adjustment& adjust = {}, PointerHardwareTuning* tuning = nullptr)
-        : mainQueue(dispatcher.makeQueue("main", QualityOfService::userInteractive)),
-          desktop(dispatcher),
+        : SimulatedHost(onDispatcher),
           editor(desktop.workspace().install("org.example.editor", "Editor")),
           game(desktop.workspace().install("org.example.game", "Game")),
           browser(desktop.workspace().install("org.example.browser", "Browser")),
-          mouse(&desktop.attachTargetMouse()),
-          engine(std::make_shared<TessaraEngine>(std::move(config), options(adjust),
-                                                 platform(dispatcher), tuning)) {
+          engine(makeEngine(std::move(config), adjust, tuning)) {
         desktop.workspace().bringToFront(editor);
     }
 
@@ -118,13 +113,9 @@ class EngineOnDesktop {
         return lines;
     }
 
-    const std::shared_ptr<DispatchQueue> mainQueue;
-    SimulatedHIDTransport hidTransport;
-    SimulatedDesktop desktop;
     SimulatedApplication& editor;
     SimulatedApplication& game;
     SimulatedApplication& browser;
-    SimulatedPointingDevice* mouse;
     const std::shared_ptr<TessaraEngine> engine;
 
   private:
@@ -148,26 +139,16 @@ class EngineOnDesktop {
         }
     }
 
-    TessaraEngine::Options options(const Adjustment& adjust) {
+    std::shared_ptr<TessaraEngine> makeEngine(Config config, const Adjustment& adjust,
+                                              PointerHardwareTuning* tuning) {
+        mouse = &desktop.attachTargetMouse();
         TessaraEngine::Options options;
         options.deviceMatches = {HIDPPDeviceMatch::g502X};
         options.poster =
             std::make_shared<CGEventPoster>(desktop.eventServices(), CGEventTapLocation::session);
         if (adjust) adjust(options, *this);
-        return options;
-    }
-
-    EnginePlatform platform(Dispatcher& dispatcher) {
-        return {.dispatcher = dispatcher,
-                .mainQueue = mainQueue,
-                .eventTaps = desktop.taps(),
-                .events = desktop.eventServices(),
-                .cursor = &desktop.displays(),
-                .hidEvents = desktop.devices(),
-                .hidRunLoop = std::make_shared<HIDPPRunLoop>(dispatcher, hidTransport),
-                .permissions = desktop.permissions(),
-                .workspace = desktop.workspace(),
-                .shortcuts = desktop.shortcuts()};
+        return std::make_shared<TessaraEngine>(std::move(config), std::move(options),
+                                               enginePlatform(), tuning);
     }
 };
 

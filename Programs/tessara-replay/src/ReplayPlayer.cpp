@@ -6,10 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "HIDPlusPlus/HIDPPRunLoop.h"
+#include "EngineWiring/SimulatedHost.h"
 #include "Platform/Dispatch/ManualDispatcher.h"
-#include "Platform/Simulated/SimulatedDesktop.h"
-#include "Platform/Simulated/SimulatedHIDTransport.h"
 #include "TessaraCore/Config.h"
 #include "TessaraCore/Overloaded.h"
 #include "TessaraEngine/CGEventPoster.h"
@@ -73,22 +71,22 @@ class Player {
     Player(const ReplaySetting& setting, const ReplayListener& listener)
         : listener_(listener),
           dispatcher_(replayStart),
-          mainQueue_(dispatcher_.makeQueue("main", QualityOfService::userInteractive)),
-          desktop_(dispatcher_),
-          application_(desktop_.workspace().install({.bundleID = setting.frontmostBundleID,
-                                                     .displayName = "Application",
-                                                     .location = {}})),
-          mouse_(desktop_.attachTargetMouse()),
+          host_(dispatcher_),
+          application_(host_.desktop.workspace().install({.bundleID = setting.frontmostBundleID,
+                                                          .displayName = "Application",
+                                                          .location = {}})),
+          mouse_(host_.desktop.attachTargetMouse()),
           output_(std::make_shared<WatchedOutput>(
-              dispatcher_.clock(), desktop_.eventServices(),
+              dispatcher_.clock(), host_.desktop.eventServices(),
               [this](ReplayRecord record) { take(std::move(record)); })),
-          engine_(std::make_shared<TessaraEngine>(setting.config, options(), platform())) {
+          engine_(
+              std::make_shared<TessaraEngine>(setting.config, options(), host_.enginePlatform())) {
         mouse_.setAcceleration(1);
-        desktop_.workspace().bringToFront(application_);
+        host_.desktop.workspace().bringToFront(application_);
         // The simulated desktop never refuses a tap that nobody told it to refuse.
         static_cast<void>(engine_->start());
         dispatcher_.runReady();
-        desktop_.events().takeJournal();
+        host_.desktop.events().takeJournal();
     }
 
     void handOn(const ReplayInput& input) {
@@ -98,7 +96,7 @@ class Player {
         dispatcher_.runReady();
         const auto caused = std::exchange(heldBack_, std::nullopt);
 
-        const auto journal = desktop_.events().takeJournal();
+        const auto journal = host_.desktop.events().takeJournal();
         std::visit([&](const auto& what) { recordInput(what, journal); }, input.what);
         for (const ReplayRecord& record : *caused)
             listener_(record);
@@ -134,19 +132,6 @@ class Player {
         return options;
     }
 
-    EnginePlatform platform() {
-        return {.dispatcher = dispatcher_,
-                .mainQueue = mainQueue_,
-                .eventTaps = desktop_.taps(),
-                .events = desktop_.eventServices(),
-                .cursor = &desktop_.displays(),
-                .hidEvents = desktop_.devices(),
-                .hidRunLoop = std::make_shared<HIDPPRunLoop>(dispatcher_, hidTransport_),
-                .permissions = desktop_.permissions(),
-                .workspace = desktop_.workspace(),
-                .shortcuts = desktop_.shortcuts()};
-    }
-
     /// Runs what is due up to `moment`, and takes down what the application received at its time.
     void runTo(TimePoint moment) {
         for (auto next = dispatcher_.nextDeadline(); next && *next <= moment;
@@ -155,7 +140,7 @@ class Player {
             recordReceived();
         }
         dispatcher_.advanceTo(moment);
-        desktop_.events().takeJournal();
+        host_.desktop.events().takeJournal();
     }
 
     void act(const WheelTurn& turn) {
@@ -177,9 +162,9 @@ class Player {
     }
     void act(const ModifierKeyChange& change) {
         if (change.isDown) {
-            desktop_.keyboard().press(change.code);
+            host_.desktop.keyboard().press(change.code);
         } else {
-            desktop_.keyboard().release(change.code);
+            host_.desktop.keyboard().release(change.code);
         }
     }
 
@@ -227,9 +212,7 @@ class Player {
     const ReplayListener& listener_;
     std::optional<std::vector<ReplayRecord>> heldBack_;
     ManualDispatcher dispatcher_;
-    const std::shared_ptr<DispatchQueue> mainQueue_;
-    SimulatedHIDTransport hidTransport_;
-    SimulatedDesktop desktop_;
+    SimulatedHost host_;
     SimulatedApplication& application_;
     SimulatedPointingDevice& mouse_;
     const std::shared_ptr<WatchedOutput> output_;

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <memory>
+
+#include "HIDPlusPlus/HIDPPRunLoop.h"
+#include "Platform/Simulated/SimulatedDesktop.h"
+#include "Platform/Simulated/SimulatedHIDTransport.h"
+#include "Platform/Simulated/SimulatedMouse.h"
+#include "TessaraEngine/EnginePlatform.h"
+
+namespace tessara {
+
+/// A simulated computer for an engine to run on: the desktop, the HID side with the mouse's
+/// firmware, and a main executor. Programs and tests that run without hardware start from here, on
+/// real threads or in virtual time, as the dispatcher has it.
+///
+/// It outlives the engine, and the dispatcher outlives it.
+class SimulatedHost {
+  public:
+    /// With a queue of the dispatcher's for the main executor.
+    explicit SimulatedHost(Dispatcher& dispatcher);
+
+    SimulatedHost(const SimulatedHost&) = delete;
+    SimulatedHost& operator=(const SimulatedHost&) = delete;
+
+    /// What an engine is given.
+    [[nodiscard]] EnginePlatform enginePlatform();
+
+    /// Plugs the target mouse in, as an input device and as a HID device. Not while it is plugged.
+    SimulatedPointingDevice& plugInMouse();
+    /// Pulls it out, or lets its input device follow a mouse that has vanished on the HID side.
+    void unplugMouse();
+
+    Dispatcher& dispatcher;
+    const std::shared_ptr<DispatchQueue> mainQueue;
+    /// What runs inside the mouse.
+    SimulatedMouse firmware;
+    SimulatedHIDTransport hidTransport;
+    SimulatedDesktop desktop;
+    const std::shared_ptr<const HIDPPRunLoop> hidRunLoop;
+    /// The input device of the mouse's present plug; null while it is out.
+    SimulatedPointingDevice* mouse = nullptr;
+};
+
+}  // namespace tessara

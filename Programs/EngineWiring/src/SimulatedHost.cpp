@@ -1,0 +1,37 @@
+#include "EngineWiring/SimulatedHost.h"
+
+#include <utility>
+
+namespace tessara {
+
+SimulatedHost::SimulatedHost(Dispatcher& on)
+    : dispatcher(on),
+      mainQueue(on.makeQueue("ai.tessara.main", QualityOfService::userInteractive)),
+      desktop(on),
+      hidRunLoop(std::make_shared<HIDPPRunLoop>(on, hidTransport)) {}
+
+EnginePlatform SimulatedHost::enginePlatform() {
+    return {.dispatcher = dispatcher,
+            .mainQueue = mainQueue,
+            .eventTaps = desktop.taps(),
+            .events = desktop.eventServices(),
+            .cursor = &desktop.displays(),
+            .hidEvents = desktop.devices(),
+            .hidRunLoop = hidRunLoop,
+            .permissions = desktop.permissions(),
+            .workspace = desktop.workspace(),
+            .shortcuts = desktop.shortcuts()};
+}
+
+SimulatedPointingDevice& SimulatedHost::plugInMouse() {
+    mouse = &desktop.attachTargetMouse();
+    hidTransport.plug(firmware);
+    return *mouse;
+}
+
+void SimulatedHost::unplugMouse() {
+    if (hidTransport.isPlugged(firmware)) hidTransport.unplug(firmware);
+    std::exchange(mouse, nullptr)->detach();
+}
+
+}  // namespace tessara
