@@ -1,5 +1,6 @@
 #include "TessaraApp/ConfigStore.h"
 
+#include <QCoreApplication>
 #include <utility>
 
 #include <fmt/core.h>
@@ -14,6 +15,11 @@ namespace {
 
 using Problem = ConfigStore::Problem;
 
+/// The texts' context for translators.
+class Texts {
+    Q_DECLARE_TR_FUNCTIONS(ConfigStore)
+};
+
 Problem unreadable(const FileError& error) {
     return {Problem::Unreadable{error.description}};
 }
@@ -22,8 +28,9 @@ Problem problemOf(const ConfigError& error) {
     if (const auto* newer = std::get_if<UnsupportedSchemaVersion>(&error)) {
         return {Problem::NewerSchema{.found = newer->found, .supported = newer->supported}};
     }
-    return {Problem::Corrupt{
-        fmt::format("The file is not in a shape Tessara recognises ({}).", description(error))}};
+    return {Problem::Corrupt{Texts::tr("The file is not in a shape Tessara recognises (%1).")
+                                 .arg(QString::fromStdString(description(error)))
+                                 .toStdString()}};
 }
 
 QUrl fileURLOf(const std::string& path) {
@@ -33,41 +40,46 @@ QUrl fileURLOf(const std::string& path) {
 }  // namespace
 
 std::string ConfigStore::Problem::headline() const {
-    return std::visit(
-        Overloaded{
-            [](const Corrupt&) -> std::string {
-                return "Your Tessara settings file could not be read";
-            },
-            [](const NewerSchema& newer) {
-                return fmt::format(
-                    "Your settings were written by a newer version of Tessara (format {}; this "
-                    "build understands {})",
-                    newer.found, newer.supported);
-            },
-            [](const Unreadable&) -> std::string {
-                return "Your Tessara settings file could not be opened";
-            },
-        },
-        value);
+    const QString text =
+        std::visit(Overloaded{
+                       [](const Corrupt&) {
+                           return Texts::tr("Your Tessara settings file could not be read");
+                       },
+                       [](const NewerSchema& newer) {
+                           return Texts::tr(
+                                      "Your settings were written by a newer version of Tessara "
+                                      "(format %1; this build understands %2)")
+                               .arg(newer.found)
+                               .arg(newer.supported);
+                       },
+                       [](const Unreadable&) {
+                           return Texts::tr("Your Tessara settings file could not be opened");
+                       },
+                   },
+                   value);
+    return text.toStdString();
 }
 
 std::string ConfigStore::Problem::explanation() const {
     const auto withDetail = [](const std::string& detail) {
-        return "Tessara is running on its factory defaults for now and will not save over the "
-               "file. " +
-               detail;
+        return Texts::tr(
+                   "Tessara is running on its factory defaults for now and will not save "
+                   "over the file. %1")
+            .arg(QString::fromStdString(detail));
     };
-    return std::visit(
+    const QString text = std::visit(
         Overloaded{
             [&](const Corrupt& corrupt) { return withDetail(corrupt.detail); },
-            [](const NewerSchema&) -> std::string {
-                return "Tessara is running on its factory defaults and will not save over the "
-                       "file, because writing this build's format would throw away the settings "
-                       "the newer version added. Install the newer version again, or start fresh.";
+            [](const NewerSchema&) {
+                return Texts::tr(
+                    "Tessara is running on its factory defaults and will not save over the file, "
+                    "because writing this build's format would throw away the settings the newer "
+                    "version added. Install the newer version again, or start fresh.");
             },
             [&](const Unreadable& unread) { return withDetail(unread.detail); },
         },
         value);
+    return text.toStdString();
 }
 
 ConfigStore::ConfigStore(FileSystem& files, const WallClock& wallClock, std::string path)

@@ -9,22 +9,28 @@ LaunchAtLogin::LaunchAtLogin(LoginItemService& service) : service_(service) {}
 std::string LaunchAtLogin::statusText() const {
     switch (status_) {
         case LoginItemStatus::notRegistered:
-            return "Tessara will not start on its own. Your mouse forgets its DPI, report rate and "
-                   "wheel mode every time it is unplugged or the Mac reboots, so they will only "
-                   "come back once you open Tessara.";
+            return tr("Tessara will not start on its own. Your mouse forgets its DPI, report rate "
+                      "and "
+                      "wheel mode every time it is unplugged or the Mac reboots, so they will only "
+                      "come back once you open Tessara.")
+                .toStdString();
         case LoginItemStatus::enabled:
-            return "Tessara will start automatically when you log in, and put your DPI, report "
-                   "rate and wheel settings back on the mouse.";
+            return tr("Tessara will start automatically when you log in, and put your DPI, report "
+                      "rate and wheel settings back on the mouse.")
+                .toStdString();
         case LoginItemStatus::requiresApproval:
-            return "macOS is waiting for you to allow Tessara in System Settings › General › "
-                   "Login Items.";
+            return tr("macOS is waiting for you to allow Tessara in System Settings › General › "
+                      "Login Items.")
+                .toStdString();
         case LoginItemStatus::notFound:
-            return "macOS cannot find Tessara's login item. Move Tessara.app to your Applications "
-                   "folder and try again.";
+            return tr("macOS cannot find Tessara's login item. Move Tessara.app to your "
+                      "Applications "
+                      "folder and try again.")
+                .toStdString();
         case LoginItemStatus::unknown:
             break;
     }
-    return "Tessara could not determine whether it starts at login.";
+    return tr("Tessara could not determine whether it starts at login.").toStdString();
 }
 
 void LaunchAtLogin::refresh() {

@@ -1,16 +1,26 @@
 #include "TessaraApp/MenuBarStatus.h"
 
+#include <QCoreApplication>
+
 #include "TessaraEngine/EngineStatus.h"
 
 namespace tessara {
 namespace {
 
-constexpr const char* mouseIsMissing = "No Logitech mouse is plugged in";
+/// The texts' context for translators.
+class Texts {
+    Q_DECLARE_TR_FUNCTIONS(MenuBarStatus)
+};
 
-std::string missingPermissions(const PermissionState& permissions) {
-    if (permissions.accessibility) return "Missing: Input Monitoring";
-    if (permissions.inputMonitoring) return "Missing: Accessibility";
-    return "Missing: Input Monitoring and Accessibility";
+QString missingPermissions(const PermissionState& permissions) {
+    if (permissions.accessibility) return Texts::tr("Missing: Input Monitoring");
+    if (permissions.inputMonitoring) return Texts::tr("Missing: Accessibility");
+    return Texts::tr("Missing: Input Monitoring and Accessibility");
+}
+
+QString headlineOf(const EngineStatus& status) {
+    if (!status.isTapEnabled) return Texts::tr("Not running");
+    return status.targetDeviceAttached ? Texts::tr("Active") : Texts::tr("Waiting for your mouse");
 }
 
 }  // namespace
@@ -19,23 +29,20 @@ MenuBarStatus MenuBarStatus::of(const PermissionState& permissions, bool isPause
                                 const EngineStatus& status) {
     if (!permissions.accessibility || !permissions.inputMonitoring) {
         return {.symbol = "exclamationmark.triangle.fill",
-                .headline = "Needs permission to run",
-                .detail = missingPermissions(permissions)};
+                .headline = Texts::tr("Needs permission to run").toStdString(),
+                .detail = missingPermissions(permissions).toStdString()};
     }
     if (isPausedByUser) {
         return {.symbol = "pause.circle",
-                .headline = "Paused",
-                .detail = "Your mouse behaves exactly as macOS ships it"};
+                .headline = Texts::tr("Paused").toStdString(),
+                .detail = Texts::tr("Your mouse behaves exactly as macOS ships it").toStdString()};
     }
-    const bool isActive = status.isTapEnabled && status.targetDeviceAttached;
-    MenuBarStatus told{
-        .symbol = status.targetDeviceAttached ? "computermouse.fill" : "computermouse",
-        .headline = isActive              ? "Active"
-                    : status.isTapEnabled ? "Waiting for your mouse"
-                                          : "Not running",
-        .detail = {}};
-    if (!status.targetDeviceAttached) told.detail = mouseIsMissing;
-    return told;
+    const bool hasMouse = status.targetDeviceAttached;
+    return {.symbol = hasMouse ? "computermouse.fill" : "computermouse",
+            .headline = headlineOf(status).toStdString(),
+            .detail = hasMouse ? std::nullopt
+                               : std::optional(
+                                     Texts::tr("No Logitech mouse is plugged in").toStdString())};
 }
 
 }  // namespace tessara
