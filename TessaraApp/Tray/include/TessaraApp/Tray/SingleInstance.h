@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QVariantMap>
+#include <memory>
+
+class QLocalServer;
+class QLockFile;
+
+namespace tessara {
+
+/// Lets one copy of a program run in a session: a second one brings the first one's window to the
+/// front instead. The claim is a well-known name on the session bus, with the `Activate` call of
+/// the Desktop Entry standard's D-Bus activation; without a bus, a lock file and a local socket in
+/// the user's runtime folder.
+///
+/// Main thread.
+class SingleInstance : public QObject {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
+
+  public:
+    /// `name` is the program's, in reverse-domain form.
+    explicit SingleInstance(QString name);
+    ~SingleInstance() override;
+
+    /// True when this is the first copy. When it is not, the first one has been told.
+    [[nodiscard]] bool claim();
+
+  public Q_SLOTS:
+    // The call's name is the standard's.
+    Q_SCRIPTABLE void Activate(const QVariantMap& platformData);
+
+  Q_SIGNALS:
+    /// Another copy was started and went away again.
+    void raiseRequested();
+
+  private:
+    [[nodiscard]] bool claimOnBus();
+    [[nodiscard]] bool claimInRuntimeFolder();
+
+    const QString name_;
+    std::unique_ptr<QLockFile> lock_;
+    std::unique_ptr<QLocalServer> server_;
+};
+
+}  // namespace tessara
