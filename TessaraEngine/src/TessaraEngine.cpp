@@ -5,6 +5,7 @@
 
 #include "DPISink.h"
 #include "HIDPlusPlus/HIDPPRunLoop.h"
+#include "Platform/EventTaps.h"
 #include "Platform/WorkspaceService.h"
 #include "TessaraEngine/CGPointerCursor.h"
 #include "TessaraEngine/EngineSPIDiagnostics.h"
@@ -261,6 +262,7 @@ void TessaraEngine::refreshMetrics() {
         status.workspaceLimitation = platform_.workspace.limitation();
         status.isTapEnabled = tapController_ && tapController_->isTapEnabled();
         if (pointerTuning_) status.pointerTuning = pointerTuning_->status();
+        if (auto refusal = platform_.eventTaps.lastRefusal()) status.lastError = std::move(refusal);
     });
     // A tuning that the system refused at first may be taken later.
     if (!isStopped_ && !options_.isPausedByUser && pointerTuning_ && pointerTuning_->isEnabled() &&

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <string>
 
 #include "Platform/CGEvent.h"
 
@@ -56,6 +58,11 @@ class EventTapService {
     [[nodiscard]] virtual std::unique_ptr<EventTap> makeTap(const EventTapRequest& request,
                                                             std::shared_ptr<DispatchQueue> queue,
                                                             Callback callback) = 0;
+
+    /// Why a tap is not to be had now, or why one that there is does not get the events that it
+    /// should, in words for the user. Nothing when all is well, or when the platform does not know.
+    /// May take a while: not for the tap's queue. Any other thread.
+    [[nodiscard]] virtual std::optional<std::string> lastRefusal() const { return std::nullopt; }
 };
 
 }  // namespace tessara
