@@ -1,0 +1,42 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "Platform/Linux/LinuxEventTapService.h"
+
+namespace tessara {
+
+class DispatchQueue;
+class Dispatcher;
+class HIDEventSystem;
+
+/// Everything of this platform, made in the right order and handed out as the seam's interfaces:
+/// what a program needs for an engine. It starts nothing that touches the user's input; that begins
+/// with a tap. Nothing of it may be asked of after it is gone.
+class LinuxPlatform {
+  public:
+    /// `mice` are those that taps take over. Runs on real queues, so the dispatcher is a
+    /// `ThreadedDispatcher`; it outlives the platform.
+    LinuxPlatform(Dispatcher& dispatcher, std::vector<InputDeviceMatch> mice);
+    ~LinuxPlatform();
+
+    LinuxPlatform(const LinuxPlatform&) = delete;
+    LinuxPlatform& operator=(const LinuxPlatform&) = delete;
+
+    [[nodiscard]] EventTapService& eventTaps();
+    [[nodiscard]] HIDEventSystem& hidEvents();
+
+    /// Hears when the computer wakes, for whoever has told the mouse something that it may have
+    /// forgotten.
+    [[nodiscard]] SuspendMonitor& suspend();
+
+    /// The virtual mouse and the virtual keyboard; made by the first tap.
+    [[nodiscard]] VirtualDevices& output();
+
+  private:
+    struct Services;
+    const std::unique_ptr<Services> services_;
+};
+
+}  // namespace tessara
