@@ -9,7 +9,6 @@
 #include <sys/ioctl.h>
 
 #include "Platform/Dispatch/DispatchQueue.h"
-#include "Platform/Linux/FileDescriptor.h"
 
 namespace tessara {
 namespace {
@@ -30,15 +29,12 @@ void EvdevReader::Free::operator()(libevdev* device) const noexcept {
 
 std::expected<std::shared_ptr<EvdevReader>, int> EvdevReader::open(
     const std::string& node, std::shared_ptr<DispatchQueue> queue) {
-    const auto executor = queue->executor();
-    auto reader = std::make_shared<EvdevReader>(std::move(queue), executor);
+    auto reader = std::make_shared<EvdevReader>(std::move(queue));
     if (const int error = reader->openNode(node)) return std::unexpected(error);
     return reader;
 }
 
-EvdevReader::EvdevReader(std::shared_ptr<DispatchQueue> queue,
-                         const asio::any_io_executor& executor)
-    : queue_(std::move(queue)), descriptor_(executor) {}
+EvdevReader::EvdevReader(std::shared_ptr<DispatchQueue> queue) : queue_(std::move(queue)) {}
 
 EvdevReader::~EvdevReader() = default;
 
@@ -49,21 +45,22 @@ int EvdevReader::openNode(const std::string& node) {
     if (const int error = libevdev_new_from_fd(opened->get(), &device); error != 0) return -error;
     device_.reset(device);
     if (const int error = libevdev_set_clock_id(device, CLOCK_MONOTONIC); error != 0) return -error;
-    asio::error_code refused;
-    descriptor_.assign(opened->get(), refused);
-    if (refused) return refused.value();
-    static_cast<void>(opened->release());
+    descriptor_ = *std::move(opened);
     return 0;
 }
 
-void EvdevReader::start(Handlers handlers) {
+bool EvdevReader::start(Handlers handlers) {
     handlers_ = std::move(handlers);
-    wait();
+    watch_.emplace(queue_, descriptor_.get(), [weak = weak_from_this()] {
+        const auto self = weak.lock();
+        return self && self->read();
+    });
+    return watch_->isWaiting();
 }
 
 void EvdevReader::close() {
-    asio::error_code ignored;
-    descriptor_.close(ignored);
+    watch_.reset();
+    descriptor_.reset();
 }
 
 int EvdevReader::setGrabbed(bool isGrabbed) {
@@ -88,21 +85,13 @@ bool EvdevReader::isCapsLockLit() const {
     return libevdev_get_event_value(device_.get(), EV_LED, LED_CAPSL) != 0;
 }
 
-void EvdevReader::wait() {
-    descriptor_.async_wait(asio::posix::descriptor_base::wait_read,
-                           [weak = weak_from_this()](const asio::error_code& error) {
-                               const auto self = weak.lock();
-                               if (!error && self) self->read();
-                           });
-}
-
-void EvdevReader::read() {
+bool EvdevReader::read() {
     for (int count = 0; count < eventsPerTurn; ++count) {
-        if (!descriptor_.is_open()) return;
+        if (!descriptor_) return false;
         input_event event;
         const unsigned flags = isSynchronizing_ ? synchronize : readWhenEmpty;
         const int status = libevdev_next_event(device_.get(), flags, &event);
-        if (status == -EAGAIN && !isSynchronizing_) return wait();
+        if (status == -EAGAIN && !isSynchronizing_) return true;
         if (status == -EAGAIN) {
             isSynchronizing_ = false;
         } else if (status == LIBEVDEV_READ_STATUS_SYNC && !isSynchronizing_) {
@@ -112,13 +101,15 @@ void EvdevReader::read() {
         } else if (status >= 0) {
             take(event);
         } else if (status != -EINTR) {
-            return end(-status);
+            end(-status);
+            return false;
         }
     }
     // Events that are read already wake nobody.
     queue_->post([weak = weak_from_this()] {
-        if (const auto self = weak.lock()) self->read();
+        if (const auto self = weak.lock()) static_cast<void>(self->read());
     });
+    return true;
 }
 
 void EvdevReader::take(const input_event& event) {
@@ -132,7 +123,7 @@ void EvdevReader::take(const input_event& event) {
     frame_[frameSize_++] = event;
     if (!isEnd) return;
     const Frame frame = std::span(frame_).first(std::exchange(frameSize_, 0));
-    if (descriptor_.is_open()) handlers_.onFrame(frame);
+    if (descriptor_) handlers_.onFrame(frame);
 }
 
 void EvdevReader::end(int error) {

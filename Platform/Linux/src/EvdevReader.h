@@ -6,15 +6,16 @@
 #include <expected>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 
-#include <asio/any_io_executor.hpp>
-#include <asio/posix/stream_descriptor.hpp>
 #include <linux/input.h>
 
+#include "Platform/Linux/FileDescriptor.h"
 #include "Platform/Linux/KeyboardState.h"
 #include "Platform/Linux/MouseFrameTranslator.h"
+#include "ReadableWatch.h"
 
 struct libevdev;
 
@@ -43,13 +44,14 @@ class EvdevReader : public std::enable_shared_from_this<EvdevReader> {
     [[nodiscard]] static std::expected<std::shared_ptr<EvdevReader>, int> open(
         const std::string& node, std::shared_ptr<DispatchQueue> queue);
 
-    EvdevReader(std::shared_ptr<DispatchQueue> queue, const asio::any_io_executor& executor);
+    explicit EvdevReader(std::shared_ptr<DispatchQueue> queue);
     ~EvdevReader();
 
     EvdevReader(const EvdevReader&) = delete;
     EvdevReader& operator=(const EvdevReader&) = delete;
 
-    void start(Handlers handlers);
+    /// False when the queue has no room for one more descriptor to wait for.
+    [[nodiscard]] bool start(Handlers handlers);
 
     /// Ends the reading; no handler is called afterwards. A grab ends with it.
     void close();
@@ -71,14 +73,14 @@ class EvdevReader : public std::enable_shared_from_this<EvdevReader> {
     };
 
     int openNode(const std::string& node);
-    void wait();
-    void read();
+    [[nodiscard]] bool read();
     void take(const input_event& event);
     void end(int error);
 
     const std::shared_ptr<DispatchQueue> queue_;
-    asio::posix::stream_descriptor descriptor_;
+    FileDescriptor descriptor_;
     std::unique_ptr<libevdev, Free> device_;  // on the descriptor's number, which it does not own
+    std::optional<ReadableWatch> watch_;      // while it is read
     Handlers handlers_;
     bool isSynchronizing_ = false;
     std::array<input_event, frameCapacity> frame_{};

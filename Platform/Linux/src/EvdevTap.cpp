@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <set>
 #include <utility>
@@ -47,8 +48,7 @@ EvdevTap::EvdevTap(const EventTapRequest& request, std::shared_ptr<TapCircumstan
       circumstances_(std::move(circumstances)),
       queue_(std::move(queue)),
       callback_(std::make_shared<EventTapService::Callback>(std::move(callback))),
-      shown_([this](CGEventType type, CGEvent& event) { return show(type, event); }),
-      announcements_(queue_->executor()) {}
+      shown_([this](CGEventType type, CGEvent& event) { return show(type, event); }) {}
 
 EvdevTap::~EvdevTap() {
     if (udev_) giveBack();  // its queue has ended before it could
@@ -94,7 +94,7 @@ void EvdevTap::giveBack() {
     keyboards_.clear();
     unopened_.clear();
     retryTimer_.reset();
-    if (announcements_.is_open()) announcements_.release();
+    announcements_.reset();
     monitor_.reset();
     udev_.reset();
     circumstances_->forgetRefusals();
@@ -106,17 +106,11 @@ void EvdevTap::listenForDevices() {
     constexpr std::array subsystems{"input"};
     monitor_ = udev_->monitor(subsystems);
     if (!monitor_) return;
-    asio::error_code refused;
-    announcements_.assign(monitor_->fileDescriptor(), refused);
-    if (!refused) waitForDevices();
-}
-
-void EvdevTap::waitForDevices() {
-    announcements_.async_wait(asio::posix::descriptor_base::wait_read,
-                              [weak = weak_from_this()](const asio::error_code& error) {
-                                  const auto self = weak.lock();
-                                  if (!error && self) self->receiveDevices();
-                              });
+    announcements_.emplace(queue_, monitor_->fileDescriptor(), [weak = weak_from_this()] {
+        const auto self = weak.lock();
+        if (self) self->receiveDevices();
+        return self != nullptr;
+    });
 }
 
 void EvdevTap::receiveDevices() {
@@ -138,7 +132,6 @@ void EvdevTap::receiveDevices() {
         }
     }
     retryAsNeeded();
-    waitForDevices();
 }
 
 void EvdevTap::rescan() {
@@ -186,10 +179,17 @@ void EvdevTap::openMouse(const InputDevice& device) {
               .translator = MouseFrameTranslator(device.id, request_.eventsOfInterest)});
     Mouse& mouse = *opened;
     mice_.emplace(device.id, std::move(opened));
-    mouse.reader->start({.onFrame = [this, &mouse](Frame frame) { take(mouse, frame); },
-                         .onLoss = [this, &mouse] { reportsWereLost(mouse); },
-                         .onEnd = [this, id = device.id](int) { mouseHasEnded(id); }});
-    grab(mouse);
+    const bool isWaiting =
+        mouse.reader->start({.onFrame = [this, &mouse](Frame frame) { take(mouse, frame); },
+                             .onLoss = [this, &mouse] { reportsWereLost(mouse); },
+                             .onEnd = [this, id = device.id](int) { mouseHasEnded(id); }});
+    if (isWaiting) {
+        grab(mouse);
+    } else {  // grabbed, it would be dead
+        mice_.erase(device.id);
+        unopened_.emplace(device.id, device);
+        refuse(device, "cannot be waited for", ENOMEM);
+    }
 }
 
 void EvdevTap::openKeyboard(const InputDevice& device) {
@@ -200,10 +200,11 @@ void EvdevTap::openKeyboard(const InputDevice& device) {
     keyboards_.emplace(device.id, std::move(opened));
     keyboard.keys.replace(keyboard.reader->keysDown());
     keyboard.keys.setCapsLock(keyboard.reader->isCapsLockLit());
-    keyboard.reader->start(
+    const bool isWaiting = keyboard.reader->start(
         {.onFrame = [this, &keyboard](Frame frame) { takeKeys(keyboard, frame); },
          .onLoss = [] {},
          .onEnd = [this, id = device.id](int) { keyboards_.erase(id); }});
+    if (!isWaiting) keyboards_.erase(device.id);
 }
 
 // The grab.

@@ -7,8 +7,6 @@
 #include <optional>
 #include <utility>
 
-#include <asio/posix/stream_descriptor.hpp>
-
 #include "EvdevReader.h"
 #include "Platform/Dispatch/Clock.h"
 #include "Platform/Dispatch/DispatchQueue.h"
@@ -18,6 +16,7 @@
 #include "Platform/Linux/KeyboardState.h"
 #include "Platform/Linux/MouseFrameTranslator.h"
 #include "Platform/Linux/Udev.h"
+#include "ReadableWatch.h"
 #include "TapCircumstances.h"
 
 namespace tessara {
@@ -72,7 +71,6 @@ class EvdevTap : public std::enable_shared_from_this<EvdevTap> {
     void giveBack();
 
     void listenForDevices();
-    void waitForDevices();
     void receiveDevices();
     void appear(const InputDevice& device);
     void noteVirtualMouse();
@@ -113,7 +111,7 @@ class EvdevTap : public std::enable_shared_from_this<EvdevTap> {
     EventTapService::Callback shown_;  ///< the callback as the translators call it
     std::unique_ptr<Udev> udev_;       ///< there while the tap is at work
     std::optional<UdevMonitor> monitor_;
-    asio::posix::stream_descriptor announcements_;  ///< the monitor's number, which it does not own
+    std::optional<ReadableWatch> announcements_;  ///< of the monitor
     std::map<std::uint64_t, std::unique_ptr<Mouse>> mice_;
     std::map<std::uint64_t, std::unique_ptr<Keyboard>> keyboards_;
     std::map<std::uint64_t, InputDevice> unopened_;  ///< wanted mice that are to be tried again

@@ -4,14 +4,15 @@
 #include <cstdint>
 #include <ctime>
 #include <limits>
+#include <optional>
 #include <utility>
 
-#include <asio/any_io_executor.hpp>
-#include <asio/posix/stream_descriptor.hpp>
 #include <sys/timerfd.h>
 #include <unistd.h>
 
 #include "Platform/Dispatch/DispatchQueue.h"
+#include "Platform/Linux/FileDescriptor.h"
+#include "ReadableWatch.h"
 
 namespace tessara {
 namespace {
@@ -38,61 +39,49 @@ std::optional<std::chrono::nanoseconds> SleepDetector::note(std::chrono::nanosec
 class SuspendMonitor::Watch : public std::enable_shared_from_this<Watch> {
   public:
     explicit Watch(std::shared_ptr<DispatchQueue> queue)
-        : queue_(std::move(queue)), timer_(queue_->executor()), detector_(sleptInAll()) {}
+        : queue_(std::move(queue)), detector_(sleptInAll()) {}
 
     void start() {
-        queue_->post([self = shared_from_this()] { self->open(); });
+        queue_->post([self = shared_from_this()] { self->listen(); });
     }
 
     void stop() {
-        queue_->post([self = shared_from_this()] {
-            asio::error_code ignored;
-            self->timer_.close(ignored);
-        });
+        queue_->post([self = shared_from_this()] { self->readable_.reset(); });
     }
 
     EventStream<std::chrono::nanoseconds> wakings;
 
   private:
-    void open() {
-        const int timer = ::timerfd_create(CLOCK_REALTIME, TFD_NONBLOCK | TFD_CLOEXEC);
-        if (timer < 0) return;
-        asio::error_code refused;
-        timer_.assign(timer, refused);
-        if (refused) {
-            ::close(timer);
-            return;
-        }
-        wait();
+    void listen() {
+        timer_.reset(::timerfd_create(CLOCK_REALTIME, TFD_NONBLOCK | TFD_CLOEXEC));
+        if (!timer_ || !setTimer()) return;
+        readable_.emplace(queue_, timer_.get(), [weak = weak_from_this()] {
+            const auto self = weak.lock();
+            return self && self->timeHasJumped();
+        });
     }
 
-    /// Sets the timer to a day that never comes: only its being cancelled is of interest.
-    void wait() {
+    /// Sets it to a day that never comes: only its being cancelled is of interest.
+    bool setTimer() {
         itimerspec never{};
         never.it_value.tv_sec = std::numeric_limits<std::int32_t>::max();
         constexpr int flags = TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET;
-        if (::timerfd_settime(timer_.native_handle(), flags, &never, nullptr) != 0 &&
-            errno != ECANCELED) {
-            return;
-        }
-        timer_.async_wait(asio::posix::descriptor_base::wait_read,
-                          [weak = weak_from_this()](const asio::error_code& error) {
-                              const auto self = weak.lock();
-                              if (!error && self) self->timeHasJumped();
-                          });
+        // The timer is set also when the call tells of a jump that came before it.
+        return ::timerfd_settime(timer_.get(), flags, &never, nullptr) == 0 || errno == ECANCELED;
     }
 
-    void timeHasJumped() {
+    bool timeHasJumped() {
         std::uint64_t expirations = 0;
-        [[maybe_unused]] const auto size =
-            ::read(timer_.native_handle(), &expirations, sizeof expirations);
+        [[maybe_unused]] const auto size = ::read(timer_.get(), &expirations, sizeof expirations);
+        const bool isSet = setTimer();
         if (const auto slept = detector_.note(sleptInAll())) wakings.emit(*slept);
-        wait();
+        return isSet;
     }
 
     const std::shared_ptr<DispatchQueue> queue_;
     // Owned by the queue.
-    asio::posix::stream_descriptor timer_;
+    FileDescriptor timer_;
+    std::optional<ReadableWatch> readable_;
     SleepDetector detector_;
 };
 
