@@ -1,6 +1,9 @@
 #include "EngineWiring/SimulatedHost.h"
 
+#include <cstdint>
 #include <utility>
+
+#include "TessaraEngine/PointerPropertyBackend.h"
 
 namespace tessara {
 
@@ -24,7 +27,11 @@ EnginePlatform SimulatedHost::enginePlatform() {
 }
 
 SimulatedPointingDevice& SimulatedHost::plugInMouse() {
+    constexpr std::int64_t fixedOne = 65536;
     mouse = &desktop.attachTargetMouse();
+    // What a system believes of a mouse that it knows nothing about.
+    mouse->hid().give(PointerPropertyKey::resolution, 400 * fixedOne);
+    mouse->hid().give(PointerPropertyKey::mouseAcceleration, fixedOne / 2);
     hidTransport.plug(firmware);
     return *mouse;
 }
