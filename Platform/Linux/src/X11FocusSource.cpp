@@ -1,0 +1,120 @@
+#include <algorithm>
+#include <utility>
+
+#include <asio/any_io_executor.hpp>
+
+#include "Platform/Dispatch/DispatchQueue.h"
+#include "Platform/Linux/FocusSource.h"
+#include "WatchedDescriptor.h"
+#include "X11Connection.h"
+
+namespace tessara {
+namespace {
+
+class X11FocusSource final : public FocusSource {
+  public:
+    X11FocusSource(X11Connection connection, DispatchQueue& queue, Handlers handlers)
+        : handlers_(std::move(handlers)),
+          connection_(std::move(connection)),
+          readable_(queue.executor(), connection_.descriptor(), [this] { return takeEvents(); }) {
+        connection_.watch(connection_.root(), true);
+        // What changed ahead of the watch is in these answers, and what changes later is told.
+        readClientList();
+        readActiveWindow();
+        takeEvents();
+    }
+
+    bool activate(const Predicate& isWanted) override {
+        const auto found = std::ranges::find_if(
+            windows_.rbegin(), windows_.rend(),
+            [&](const ListedWindow& each) { return isWanted(each.described.identity); });
+        if (found == windows_.rend()) return false;
+        connection_.requestActivation(found->window);
+        return true;
+    }
+
+  private:
+    struct ListedWindow {
+        xcb_window_t window = XCB_NONE;
+        Window described;
+    };
+
+    /// False when the connection is gone. Takes also what arrived while an answer was read: the
+    /// descriptor does not show that any more.
+    bool takeEvents() {
+        while (const auto event = connection_.nextEvent())
+            handle(*event);
+        if (!connection_.isBroken()) return true;
+        handlers_.onEnd("the X11 display has gone");
+        return false;
+    }
+
+    void handle(const xcb_generic_event_t& event) {
+        // Errors come as events too, of windows that vanished meanwhile; they are no news.
+        constexpr std::uint8_t sentByOthers = 0x80;
+        if ((event.response_type & ~sentByOthers) != XCB_PROPERTY_NOTIFY) return;
+        const auto& change = reinterpret_cast<const xcb_property_notify_event_t&>(event);
+        if (change.window != connection_.root() || change.atom == connection_.activeWindowAtom()) {
+            readActiveWindow();
+        } else if (change.atom == connection_.clientListAtom()) {
+            readClientList();
+        }
+    }
+
+    void readActiveWindow() {
+        const xcb_window_t active = connection_.activeWindow();
+        auto identity = identityOf(active);
+        // Some programs name their windows late, or name them just ahead of the watch.
+        const xcb_window_t nameless =
+            identity && !identity->applicationID && !identity->className ? active : XCB_NONE;
+        if (nameless != watched_) {
+            if (watched_ != XCB_NONE) connection_.watch(watched_, false);
+            if (nameless != XCB_NONE) {
+                connection_.watch(nameless, true);
+                identity = identityOf(active);
+            }
+            watched_ = nameless;
+        }
+        handlers_.onFocus(identity);
+    }
+
+    [[nodiscard]] std::optional<WindowIdentity> identityOf(xcb_window_t window) const {
+        if (window == XCB_NONE) return std::nullopt;
+        return connection_.describe(window).identity;
+    }
+
+    void readClientList() {
+        std::vector<ListedWindow> windows;
+        for (const xcb_window_t window : connection_.clientList()) {
+            const auto known = std::ranges::find(windows_, window, &ListedWindow::window);
+            windows.push_back(known != windows_.end()
+                                  ? *known
+                                  : ListedWindow{window, connection_.describe(window)});
+        }
+        windows_ = std::move(windows);
+
+        std::vector<Window> told;
+        for (const ListedWindow& each : windows_)
+            told.push_back(each.described);
+        handlers_.onWindows(std::move(told));
+    }
+
+    const Handlers handlers_;
+    X11Connection connection_;
+    /// Of the client list, oldest first.
+    std::vector<ListedWindow> windows_;
+    /// The window in front while it has no name.
+    xcb_window_t watched_ = XCB_NONE;
+    WatchedDescriptor readable_;
+};
+
+}  // namespace
+
+MadeFocusSource makeX11FocusSource(const std::string& display, DispatchQueue& queue,
+                                   FocusSource::Handlers handlers) {
+    auto connection = X11Connection::open(display);
+    if (!connection) return std::unexpected(connection.error());
+    return std::make_unique<X11FocusSource>(*std::move(connection), queue, std::move(handlers));
+}
+
+}  // namespace tessara

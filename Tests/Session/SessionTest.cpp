@@ -1,0 +1,177 @@
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include <gmock/gmock.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "EngineWiring/SimulatedHost.h"
+#include "Platform/Dispatch/ThreadedDispatcher.h"
+#include "Platform/Linux/LinuxWorkspaceService.h"
+#include "TessaraEngine/CGEventPoster.h"
+#include "TessaraEngine/TessaraEngine.h"
+
+namespace tessara {
+namespace {
+
+using ::testing::IsEmpty;
+using ::testing::UnorderedElementsAre;
+
+const std::string game = "org.example.game";
+const std::string editor = "org.example.editor";
+
+/// Stands beside this program, which run-in-session has seen to.
+std::string windowProgram() {
+    return std::filesystem::read_symlink("/proc/self/exe").parent_path() / "session-window";
+}
+
+/// An application on its own, ended with its owner.
+class WindowProcess {
+  public:
+    explicit WindowProcess(std::string name) {
+        std::string program = windowProgram();
+        std::array<char*, 3> arguments{program.data(), name.data(), nullptr};
+        EXPECT_EQ(
+            ::posix_spawn(&pid_, program.c_str(), nullptr, nullptr, arguments.data(), environ), 0);
+    }
+    ~WindowProcess() { end(); }
+
+    WindowProcess(const WindowProcess&) = delete;
+    WindowProcess& operator=(const WindowProcess&) = delete;
+
+    /// Dies without a word to the display server.
+    void end() {
+        if (pid_ <= 0) return;
+        ::kill(pid_, SIGKILL);
+        ::waitpid(std::exchange(pid_, 0), nullptr, 0);
+    }
+
+  private:
+    pid_t pid_ = 0;
+};
+
+/// The engine on a simulated desktop, but for the applications: those are the session's.
+class SessionTest : public ::testing::Test {
+  protected:
+    SessionTest() {
+        installApplication(game, "Game");
+        installApplication(editor, "Editor");
+        Profile ofGame = Profile::default_();
+        ofGame.id = "game";
+        Config document = Config::default_();
+        document.profiles.push_back(std::move(ofGame));
+        document.ruleSet.rules.push_back(
+            {.id = "1", .pattern = ExactBundleID{game}, .profileID = "game"});
+        TessaraEngine::Options options;
+        options.deviceMatches = {HIDPPDeviceMatch::g502X};
+        options.poster = std::make_shared<CGEventPoster>(host.desktop.eventServices(),
+                                                         CGEventTapLocation::session);
+        engine =
+            std::make_shared<TessaraEngine>(std::move(document), std::move(options), platform());
+        onMain([this] { static_cast<void>(engine->start()); });
+    }
+    ~SessionTest() override {
+        onMain([this] { engine->stop(); });
+    }
+
+    static void installApplication(const std::string& id, const std::string& name) {
+        const auto folder = std::filesystem::path(std::getenv("XDG_DATA_HOME")) / "applications";
+        std::filesystem::create_directories(folder);
+        std::ofstream(folder / (id + ".desktop"))
+            << "[Desktop Entry]\nType=Application\nName=" << name << "\nExec=" << windowProgram()
+            << " " << id << "\n";
+    }
+
+    EnginePlatform platform() {
+        const EnginePlatform simulated = host.enginePlatform();
+        return {.dispatcher = simulated.dispatcher,
+                .mainQueue = simulated.mainQueue,
+                .eventTaps = simulated.eventTaps,
+                .events = simulated.events,
+                .cursor = simulated.cursor,
+                .hidEvents = simulated.hidEvents,
+                .hidRunLoop = simulated.hidRunLoop,
+                .permissions = simulated.permissions,
+                .workspace = workspace,
+                .shortcuts = simulated.shortcuts};
+    }
+
+    template <typename Block>
+    void onMain(Block block) {
+        host.mainQueue->post(std::move(block));
+        host.mainQueue->drain();
+    }
+
+    EngineStatus status() {
+        EngineStatus read;
+        onMain([&] {
+            engine->refreshMetrics();
+            read = engine->status();
+        });
+        return read;
+    }
+
+    /// Waits for what the display server and the window manager bring about in their own time.
+    template <typename Condition>
+    [[nodiscard]] static bool comesTrue(Condition condition) {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        while (!condition()) {
+            if (std::chrono::steady_clock::now() > deadline) return false;
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+        return true;
+    }
+
+    void expectInFront(const std::optional<std::string>& id, const std::string& profile) {
+        EXPECT_TRUE(comesTrue([&] {
+            return workspace.frontmostBundleID() == id && status().activeProfileID == profile;
+        })) << "wanted: "
+            << id.value_or("none")
+            << ", in front: " << workspace.frontmostBundleID().value_or("none")
+            << ", profile: " << status().activeProfileID
+            << ", limitation: " << workspace.limitation().value_or("none");
+    }
+
+    ThreadedDispatcher dispatcher;
+    LinuxWorkspaceService workspace{dispatcher, LinuxWorkspaceService::Displays::current()};
+    SimulatedHost host{dispatcher};
+    std::shared_ptr<TessaraEngine> engine;
+};
+
+TEST_F(SessionTest, the_profile_follows_the_windows_and_outlives_the_display) {
+    expectInFront(std::nullopt, "default");
+    WindowProcess gameProcess(game);
+    expectInFront(game, "game");
+    WindowProcess editorProcess(editor);
+    expectInFront(editor, "default");
+    EXPECT_THAT(workspace.runningApplications(),
+                UnorderedElementsAre(RunningApplication{game, "Game", true},
+                                     RunningApplication{editor, "Editor", true}));
+    EXPECT_EQ(workspace.limitation(), std::nullopt);
+
+    // What runs comes to the front and is not started again.
+    workspace.openApplication(workspace.locationOfApplication(game).value(), /*activates=*/true);
+    expectInFront(game, "game");
+    gameProcess.end();
+    expectInFront(editor, "default");
+    EXPECT_THAT(workspace.runningApplications(),
+                UnorderedElementsAre(RunningApplication{editor, "Editor", true}));
+
+    // What does not run is started.
+    workspace.openApplication(workspace.locationOfApplication(game).value(), /*activates=*/true);
+    expectInFront(game, "game");
+
+    ::kill(std::atoi(std::getenv("SESSION_SERVER")), SIGKILL);
+    expectInFront(std::nullopt, "default");
+    EXPECT_THAT(workspace.runningApplications(), IsEmpty());
+    EXPECT_THAT(status().workspaceLimitation.value_or(""), ::testing::HasSubstr("gone"));
+}
+
+}  // namespace
+}  // namespace tessara
