@@ -1,17 +1,16 @@
 #include "DemoSession.h"
 
+#include <chrono>
+#include <string>
 #include <thread>
-#include <utility>
 
-#include <asio/any_io_executor.hpp>
-#include <asio/co_spawn.hpp>
-#include <asio/use_future.hpp>
 #include <fmt/format.h>
 
 #include "DemoReport.h"
-#include "HIDPlusPlus/HIDPPDevice.h"
-#include "TessaraEngine/CGEventPoster.h"
-#include "TessaraEngine/HIDPPControlling.h"
+#include "TessaraApp/ConfigStore.h"
+#include "TessaraApp/DeviceMonitor.h"
+#include "TessaraApp/UpdaterController.h"
+#include "TessaraEngine/TessaraEngine.h"
 
 namespace tessara {
 namespace {
@@ -24,225 +23,276 @@ constexpr std::uint16_t keyC = 8;
 constexpr std::uint16_t keySpace = 49;
 constexpr std::int64_t canvasDPI = 1200;
 
-/// The factory document with two bound buttons, and another resolution for the canvas.
-Config demoConfig() {
-    Config config = Config::default_();
+/// Two bound buttons, and another resolution for the canvas.
+void bindButtons(Config& config) {
     auto& buttons = config.profiles.front().buttons;
     buttons.push_back(
         {.button = copyButton,
          .action = KeyStrokeAction{.code = keyC, .modifiers = ModifierFlags::command}});
     buttons.push_back({.button = panButton, .action = HoldAction{.code = keySpace}});
     config.profiles.back().pointer.dpi = canvasDPI;
-    return config;
+}
+
+template <typename Fact>
+std::string factText(const std::optional<Fact>& fact) {
+    return fact ? fact->description() : "unknown";
 }
 
 }  // namespace
 
-DemoSession::DemoSession()
-    : mainQueue_(dispatcher_.makeQueue("ai.tessara.main", QualityOfService::userInteractive)),
-      desktop_(dispatcher_),
-      editor_(desktop_.workspace().install("org.example.editor", "Editor")),
-      canvas_(desktop_.workspace().install("com.figma.Desktop", "Canvas")),
-      runLoop_(std::make_shared<HIDPPRunLoop>(dispatcher_, transport_)),
-      device_(std::make_shared<HIDPPDevice>(HIDPPDeviceMatch::g502X, runLoop_)) {
-    desktop_.workspace().bringToFront(editor_);
-    TessaraEngine::Options options;
-    options.deviceMatches = {HIDPPDeviceMatch::g502X};
-    options.poster =
-        std::make_shared<CGEventPoster>(desktop_.eventServices(), CGEventTapLocation::session);
-    options.hidControl = std::make_shared<LiveHIDPPControl>(device_);
-    onMain([&] {
-        engine_ = std::make_shared<TessaraEngine>(demoConfig(), std::move(options), platform());
-    });
-}
-
-DemoSession::~DemoSession() {
-    deviceEvents_.cancel();
-    onMain([this] { engine_.reset(); });
-}
-
-EnginePlatform DemoSession::platform() {
-    return {.dispatcher = dispatcher_,
-            .mainQueue = mainQueue_,
-            .eventTaps = desktop_.taps(),
-            .events = desktop_.eventServices(),
-            .cursor = &desktop_.displays(),
-            .hidEvents = desktop_.devices(),
-            .hidRunLoop = runLoop_,
-            .permissions = desktop_.permissions(),
-            .workspace = desktop_.workspace(),
-            .shortcuts = desktop_.shortcuts()};
-}
-
 bool DemoSession::play() {
-    plugIn();
+    start();
     scroll();
+    editDocument();
     pressButtons();
     switchProfiles();
     shiftResolution();
     replug();
     useForeignDevices();
     cutOffTap();
-    stop();
+    pause();
+    tellCounts();
+    revokePermission();
+    checkForUpdate();
+    quit();
     return audit();
 }
 
-void DemoSession::plugIn() {
-    chapter("The mouse is plugged in and the program starts");
-    mouse_ = &desktop_.attachTargetMouse();
-    transport_.plug(mouseFirmware_);
-    deviceEvents_ = device_->makeEventStream(
-        mainQueue_, [this](const HIDPPEvent& event) { engine_->handleDeviceEvent(event); });
-    onMain([this] {
-        if (const auto started = engine_->start(); !started) {
-            fmt::print("  {}\n", EventTapController::description(started.error()));
-            isComplete_ = false;
-        }
+void DemoSession::start() {
+    stage_.chapter("The program starts, and the mouse is plugged in");
+    stage_.onMain([](AppModel& model) { model.start(); });
+    stage_.settle();
+    stage_.tellMenuBar();
+    stage_.host().plugInMouse();
+    stage_.waitUntil("the mouse to take the profile's resolution",
+                     [this] { return stage_.host().firmware.dpi() == Profile::defaultDPI; });
+    stage_.waitForMouse();
+    stage_.waitUntilOnMain("the facts of the mouse", [](AppModel& model) {
+        return model.deviceMonitor().snapshot().wheelMode.has_value();
     });
-    const auto connected =
-        asio::co_spawn(mainQueue_->executor(), device_->connect(), asio::use_future).get();
-    if (!connected) fmt::print("  the mouse: {}\n", connected.error().description());
-    waitForScope();
-    waitUntil("the mouse to take the profile's resolution",
-              [this] { return mouseFirmware_.dpi() == Profile::defaultDPI; });
-    tellMouseFacts();
-    tellMouse();
+    stage_.tellMenuBar();
+    stage_.onMain([](AppModel& model) {
+        const DeviceMonitor::Snapshot& facts = model.deviceMonitor().snapshot();
+        fmt::print("  {}, {}\n", facts.deviceName.value_or("unknown"),
+                   factText(facts.protocolVersion));
+        fmt::print("  resolution {}; report rate {}\n", factText(facts.dpiRange),
+                   factText(facts.reportRate));
+        fmt::print("  wheel {}\n", factText(facts.wheelMode));
+    });
+    stage_.tellResolution();
 }
 
 void DemoSession::scroll() {
-    chapter("One click of the wheel");
-    mouse_->spin(-1);
-    letGlideEnd();
-    tellReceived();
+    stage_.chapter("One click of the wheel");
+    stage_.mouse().spin(-1);
+    stage_.letGlideEnd();
+    stage_.tellReceived();
 
-    chapter("Four quick clicks, which chain into one glide");
+    stage_.chapter("Four quick clicks, which chain into one glide");
     for (int click = 0; click < 4; ++click) {
-        mouse_->spin(-1);
+        stage_.mouse().spin(-1);
         std::this_thread::sleep_for(milliseconds(60));
     }
-    letGlideEnd();
-    tellReceived();
+    stage_.letGlideEnd();
+    stage_.tellReceived();
+}
+
+void DemoSession::editDocument() {
+    stage_.chapter("The user binds two buttons: the engine has it first, the disk a little later");
+    const TimePoint edited = stage_.host().dispatcher.clock().now();
+    const auto tell = [&](std::string_view what) {
+        const auto passed = stage_.host().dispatcher.clock().now() - edited;
+        fmt::print("  {} after {} ms\n", what,
+                   std::chrono::duration_cast<milliseconds>(passed).count());
+    };
+    stage_.onMain([](AppModel& model) { model.editConfig(bindButtons); });
+    stage_.waitUntilOnMain("the engine to have the edit", [](AppModel& model) {
+        return model.engine()->currentConfig() == model.config();
+    });
+    tell("in force");
+    stage_.waitUntilOnMain("the file", [this](AppModel& model) {
+        return stage_.host().files.contents(SimulatedAppHost::configPath) ==
+               model.config().encoded().value();
+    });
+    tell("saved");
 }
 
 void DemoSession::pressButtons() {
-    chapter("A button bound to Command-C, one bound to nothing, and motion");
-    mouse_->click(copyButton);
-    mouse_->click(0);
-    mouse_->move(10, 0);
-    settle();
-    tellReceived();
+    stage_.chapter("A button bound to Command-C, one bound to nothing, and motion");
+    stage_.mouse().click(copyButton);
+    stage_.mouse().click(0);
+    stage_.mouse().move(10, 0);
+    stage_.settle();
+    stage_.tellReceived();
 }
 
 void DemoSession::switchProfiles() {
-    chapter("A key is held by a button while another application comes to the front");
-    mouse_->press(panButton);
-    settle();
-    waitUntil("the key to go down", [this] { return desktop_.sessionState().isKeyDown(keySpace); });
+    stage_.chapter("A key is held by a button while another application comes to the front");
+    SimulatedDesktop& desktop = stage_.host().desktop;
+    stage_.mouse().press(panButton);
+    stage_.settle();
+    stage_.waitUntil("the key to go down",
+                     [&] { return desktop.sessionState().isKeyDown(keySpace); });
     // Releases go to whoever is in front when they come: the switch lets go of the key by itself.
-    desktop_.workspace().bringToFront(canvas_);
-    waitUntil("the profile of the canvas", [this] {
-        bool isThere = false;
-        onMain([&] { isThere = engine_->status().activeProfileID == "canvas"; });
-        return isThere;
+    desktop.workspace().bringToFront(stage_.canvas());
+    stage_.waitUntilOnMain("the profile of the canvas", [](AppModel& model) {
+        return model.status().activeProfileID == "canvas";
     });
-    mouse_->release(panButton);
-    settle();
-    waitUntil("the resolution of the canvas", [this] { return mouseFirmware_.dpi() == canvasDPI; });
-    fmt::print("{}", receivedText("Editor", editor_.takeReceived()));
-    fmt::print("{}", receivedText("Canvas", canvas_.takeReceived()));
-    tellMouse();
+    stage_.mouse().release(panButton);
+    stage_.settle();
+    stage_.waitUntil("the resolution of the canvas",
+                     [this] { return stage_.host().firmware.dpi() == canvasDPI; });
+    fmt::print("{}", receivedText("Editor", stage_.editor().takeReceived()));
+    fmt::print("{}", receivedText("Canvas", stage_.canvas().takeReceived()));
+    stage_.tellResolution();
 }
 
 void DemoSession::shiftResolution() {
     constexpr std::int64_t shifted = 400;
-    chapter("The resolution is shifted for as long as a button is held");
-    mouse_->press(Profile::sniperButton);
-    waitUntil("the lower resolution", [&] { return mouseFirmware_.dpi() == shifted; });
-    tellMouse();
-    mouse_->release(Profile::sniperButton);
-    waitUntil("the profile's resolution", [this] { return mouseFirmware_.dpi() == canvasDPI; });
-    tellMouse();
+    stage_.chapter("The resolution is shifted for as long as a button is held");
+    stage_.mouse().press(Profile::sniperButton);
+    stage_.waitUntil("the lower resolution",
+                     [&] { return stage_.host().firmware.dpi() == shifted; });
+    stage_.tellResolution();
+    stage_.mouse().release(Profile::sniperButton);
+    stage_.waitUntil("the profile's resolution",
+                     [this] { return stage_.host().firmware.dpi() == canvasDPI; });
+    stage_.tellResolution();
 }
 
 void DemoSession::replug() {
-    chapter("The mouse is unplugged in the middle of a request, and plugged in again");
-    mouseFirmware_.injectFault(SimulatedMouse::Fault::vanish);
-    const auto answer =
-        asio::co_spawn(mainQueue_->executor(), device_->dpi(), asio::use_future).get();
-    fmt::print("  the request ended with: {}\n",
-               answer ? "an answer" : answer.error().description());
-    mouse_->detach();
-    waitUntil("the connection to end", [this] {
-        return !asio::co_spawn(mainQueue_->executor(), device_->isConnected(), asio::use_future)
-                    .get();
+    stage_.chapter("The mouse is unplugged in the middle of a request, and plugged in again");
+    SimulatedAppHost& host = stage_.host();
+    host.firmware.injectFault(SimulatedMouse::Fault::vanish);
+    fmt::print("  the request ended with: {}\n", stage_.askResolution());
+    host.unplugMouse();
+    stage_.waitUntilOnMain("the connection to end", [](AppModel& model) {
+        return !model.deviceMonitor().snapshot().connection.isConnected();
     });
-    mouse_ = &desktop_.attachTargetMouse();
-    transport_.plug(mouseFirmware_);
-    fmt::print("  back with its power-on settings: {} DPI\n", mouseFirmware_.dpi());
-    waitForScope();
-    waitUntil("the settings to be put back", [this] { return mouseFirmware_.dpi() == canvasDPI; });
-    tellMouse();
+    host.plugInMouse();
+    fmt::print("  back with its power-on settings: {} DPI\n", host.firmware.dpi());
+    stage_.waitForMouse();
+    stage_.waitUntil("the settings to be put back",
+                     [&] { return host.firmware.dpi() == canvasDPI; });
+    stage_.tellResolution();
 }
 
 void DemoSession::useForeignDevices() {
-    chapter("Another mouse, a trackpad and a mouse without ids: left alone");
+    stage_.chapter("Another mouse, a trackpad and a mouse without ids: left alone");
+    SimulatedDesktop& desktop = stage_.host().desktop;
     for (SimulatedPointingDevice* device :
-         {&desktop_.attachForeignMouse(), &desktop_.attachTrackpad(),
-          &desktop_.attachMouseWithoutVendor()}) {
+         {&desktop.attachForeignMouse(), &desktop.attachTrackpad(),
+          &desktop.attachMouseWithoutVendor()}) {
         foreignDevices_.insert(device->id());
         device->spin(2);
         device->swipe(30, 0, 3);
         device->click(copyButton);
         device->move(5, 5);
     }
-    settle();
-    tellReceived();
+    stage_.settle();
+    stage_.tellReceived();
 }
 
 void DemoSession::cutOffTap() {
-    chapter("The system takes the tap out of the stream in the middle of a glide");
-    mouse_->spin(-2);
+    stage_.chapter("The system takes the tap out of the stream in the middle of a glide");
+    stage_.mouse().spin(-2);
     std::this_thread::sleep_for(milliseconds(60));
-    desktop_.disableTapsByTimeout();
-    waitUntil("the tap to be put back", [this] {
-        bool isBack = false;
-        onMain([&] {
-            engine_->refreshMetrics();
-            isBack = engine_->status().tap.reEnables == 1 && engine_->status().isTapEnabled;
-        });
-        return isBack;
+    stage_.host().desktop.disableTapsByTimeout();
+    stage_.waitUntilOnMain("the tap to be put back", [](AppModel& model) {
+        model.engine()->refreshMetrics();
+        return model.status().tap.reEnables == 1 && model.status().isTapEnabled;
     });
-    letGlideEnd();
-    tellReceived();
-    mouse_->spin(1);
-    letGlideEnd();
+    stage_.letGlideEnd();
+    stage_.tellReceived();
+    stage_.mouse().spin(1);
+    stage_.letGlideEnd();
     fmt::print("  and one more click\n");
-    tellReceived();
+    stage_.tellReceived();
 }
 
-void DemoSession::stop() {
-    chapter("The program stops");
-    std::string text;
-    onMain([&] {
-        engine_->refreshMetrics();
-        text = statusText(engine_->status());
-        engine_->stop();
+void DemoSession::pause() {
+    stage_.chapter("The user pauses the program, scrolls, and resumes");
+    for (const bool isPaused : {true, false}) {
+        stage_.onMain([&](AppModel& model) { model.setPausedByUser(isPaused); });
+        stage_.settle();
+        stage_.tellMenuBar();
+        stage_.mouse().spin(-1);
+        stage_.letGlideEnd();
+        stage_.tellReceived();
+    }
+}
+
+void DemoSession::tellCounts() {
+    stage_.chapter("What the engine has counted so far");
+    stage_.onMain([](AppModel& model) {
+        model.engine()->refreshMetrics();
+        fmt::print("{}", statusText(model.engine()->status()));
     });
-    fmt::print("{}", text);
-    asio::co_spawn(mainQueue_->executor(), device_->disconnect(), asio::use_future).get();
-    mouse_->spin(1);
-    settle();
+}
+
+void DemoSession::revokePermission() {
+    stage_.chapter("A permission is revoked, and granted again");
+    SimulatedPermissions& permissions = stage_.host().desktop.permissions();
+    const auto waitForHeadline = [this](std::string_view headline) {
+        stage_.waitUntilOnMain(fmt::format("\"{}\"", headline), [&](AppModel& model) {
+            return model.menuBarStatus().headline == headline;
+        });
+        stage_.tellMenuBar();
+    };
+    permissions.revokeAccessibility();
+    waitForHeadline("Needs permission to run");
+    stage_.mouse().spin(-1);
+    stage_.letGlideEnd();
+    stage_.tellReceived();
+    permissions.grantAccessibility();
+    waitForHeadline("Active");
+    stage_.mouse().spin(-1);
+    stage_.letGlideEnd();
+    stage_.tellReceived();
+}
+
+void DemoSession::checkForUpdate() {
+    stage_.chapter("The user looks for updates");
+    stage_.onMain([this](AppModel& model) {
+        stage_.host().updater.offer = {UpdaterState::Available{
+            .release = {.version = "0.2.0", .build = 2}, .lengthInBytes = 1'000'000}};
+        UpdaterController& updater = model.updater();
+        updater.checkForUpdates();
+        const UpdaterState state = updater.state();
+        const auto* available = std::get_if<UpdaterState::Available>(&state.value);
+        fmt::print("  this is {}, and the feed has {}\n", updater.currentVersionDescription(),
+                   available ? available->release.version : "nothing newer");
+        if (!available) stage_.fail();
+        updater.dismissUpdate();
+    });
+}
+
+void DemoSession::quit() {
+    stage_.chapter("The user quits, a moment after an edit");
+    stage_.onMain([](AppModel& model) {
+        model.editConfig([](Config& config) { config.profiles.front().name = "Everywhere"; });
+    });
+    stage_.endApplication();
+    stage_.onMain([this](AppModel& model) {
+        const bool isSaved = stage_.host().files.contents(SimulatedAppHost::configPath) ==
+                             model.config().encoded().value();
+        fmt::print("  the edit is {}\n", isSaved ? "saved" : "lost");
+        if (!isSaved) stage_.fail();
+    });
+    stage_.mouse().spin(1);
+    stage_.settle();
     fmt::print("  a click of the wheel without the program\n");
-    tellReceived();
+    stage_.tellReceived();
 }
 
 bool DemoSession::audit() {
-    chapter("What is left");
-    const auto keys = desktop_.sessionState().keysDown().size();
-    const auto buttons = desktop_.sessionState().buttonsDown().size();
+    stage_.chapter("What is left");
+    SimulatedDesktop& desktop = stage_.host().desktop;
+    const auto keys = desktop.sessionState().keysDown().size();
+    const auto buttons = desktop.sessionState().buttonsDown().size();
     std::size_t foreign = 0;
     std::size_t touched = 0;
-    for (const SimulatedPassage& passage : desktop_.events().journal()) {
+    for (const SimulatedPassage& passage : desktop.events().journal()) {
         if (passage.isPosted || !foreignDevices_.contains(passage.entered.hidEventReference)) {
             continue;
         }
@@ -251,85 +301,7 @@ bool DemoSession::audit() {
     }
     fmt::print("  {} keys and {} buttons held; {} of {} events of other devices touched\n", keys,
                buttons, touched, foreign);
-    return isComplete_ && keys == 0 && buttons == 0 && foreign > 0 && touched == 0;
-}
-
-void DemoSession::chapter(std::string_view title) {
-    settle();
-    editor_.takeReceived();
-    canvas_.takeReceived();
-    fmt::print("\n{}\n", title);
-}
-
-void DemoSession::tellReceived() {
-    SimulatedApplication& front = *desktop_.workspace().frontmost();
-    fmt::print("{}", receivedText(front.description().displayName, front.takeReceived()));
-}
-
-void DemoSession::tellMouse() {
-    const auto state =
-        asio::co_spawn(mainQueue_->executor(), device_->dpi(), asio::use_future).get();
-    fmt::print("  the mouse says: {}\n",
-               state ? fmt::format("{} DPI", state->current) : state.error().description());
-}
-
-void DemoSession::tellMouseFacts() {
-    const auto ask = [this](auto operation) {
-        auto result =
-            asio::co_spawn(mainQueue_->executor(), std::move(operation), asio::use_future).get();
-        return result ? result->description() : result.error().description();
-    };
-    const auto name =
-        asio::co_spawn(mainQueue_->executor(), device_->deviceName(), asio::use_future).get();
-    fmt::print("  {}, {}\n", name ? *name : name.error().description(),
-               ask(device_->protocolVersion()));
-    fmt::print("  resolution {}; report rate {}\n", ask(device_->dpiRange()),
-               ask(device_->reportRate()));
-    fmt::print("  wheel {}\n", ask(device_->wheelMode()));
-}
-
-void DemoSession::onMain(const std::function<void()>& work) {
-    mainQueue_->post([&work] { work(); });
-    mainQueue_->drain();
-}
-
-void DemoSession::waitUntil(std::string_view what, const std::function<bool()>& condition) {
-    constexpr auto patience = std::chrono::seconds(5);
-    const TimePoint limit = dispatcher_.clock().now() + patience;
-    while (!condition()) {
-        if (dispatcher_.clock().now() > limit) {
-            fmt::print("  waited in vain for {}\n", what);
-            isComplete_ = false;
-            return;
-        }
-        std::this_thread::sleep_for(milliseconds(1));
-    }
-}
-
-void DemoSession::waitForScope() {
-    // Until the input devices have been listed the mouse's events pass like any other's.
-    waitUntil("the mouse to be known among the input devices", [this] {
-        bool isKnown = false;
-        onMain([&] {
-            engine_->refreshMetrics();
-            isKnown = engine_->status().targetDeviceAttached;
-        });
-        return isKnown;
-    });
-}
-
-void DemoSession::letGlideEnd() {
-    settle();
-    // Longer than the longest glide of the document, and its steps on their way back.
-    std::this_thread::sleep_for(milliseconds(400));
-    settle();
-}
-
-void DemoSession::settle() {
-    desktop_.settle();
-    // What a button sets off is posted from a queue of its own.
-    std::this_thread::sleep_for(milliseconds(20));
-    desktop_.settle();
+    return stage_.isComplete() && keys == 0 && buttons == 0 && foreign > 0 && touched == 0;
 }
 
 }  // namespace tessara
