@@ -1,0 +1,488 @@
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <future>
+#include <memory>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <linux/input.h>
+#include <sys/ioctl.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "Kernel/EventNode.h"
+#include "Kernel/UHIDMouse.h"
+#include "Platform/Dispatch/Mutex.h"
+#include "Platform/Dispatch/ThreadedDispatcher.h"
+#include "Platform/Linux/KeyboardState.h"
+#include "Platform/Linux/LinuxEventTapService.h"
+#include "Platform/Linux/LinuxHIDEventSystem.h"
+#include "Platform/Linux/VirtualDeviceIdentity.h"
+#include "Platform/Linux/VirtualDevices.h"
+#include "Platform/Simulated/SimulatedMouse.h"
+#include "Support/ProcessResources.h"
+
+namespace tessara::testing {
+namespace {
+
+using namespace std::chrono_literals;
+using ::testing::AllOf;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+constexpr std::uint16_t side = BTN_LEFT + 3;
+constexpr std::uint8_t leftShiftUsage = 0xE1;
+
+NodeEvent key(std::uint16_t code, bool isDown) {
+    return {EV_KEY, code, isDown ? 1 : 0};
+}
+
+/// A desk with the mouse, not plugged in yet, and a tap that can be put on it. What the tap is
+/// shown is written down, and passes unless `decide` says otherwise.
+class Desk {
+  public:
+    Desk() { EXPECT_TRUE(output->open().has_value()); }
+    ~Desk() { endTap(); }
+
+    Desk(const Desk&) = delete;
+    Desk& operator=(const Desk&) = delete;
+
+    void beginTap() {
+        queue_ = dispatcher.makeQueue("ai.tessara.event-tap", QualityOfService::userInteractive);
+        queue_->post([this] {
+            constexpr EventTapRequest request{.eventsOfInterest = ~std::uint64_t{0}};
+            tap_ = taps.makeTap(request, queue_, [this](CGEventType type, CGEvent& event) {
+                return take(type, event);
+            });
+            ASSERT_NE(tap_, nullptr);
+            tap_->setEnabled(true);
+        });
+        queue_->drain();
+    }
+
+    /// Returns when everything has been given back.
+    void endTap() {
+        tap_.reset();
+        if (queue_) queue_->drain();
+        queue_.reset();
+    }
+
+    /// Moves the mouse until the tap is shown that, and leaves no trace of it.
+    void awaitGrab() {
+        takeShown();
+        EXPECT_TRUE(waitFor([this] {
+            mouse.pointer().move(1, 0);
+            std::this_thread::sleep_for(10ms);
+            return !takeShown().empty();
+        }));
+        static_cast<void>(virtualMouse().framesUntilQuiet());
+        takeShown();
+    }
+
+    /// The virtual mouse as an application reads it, from the first call on.
+    EventNode& virtualMouse() {
+        if (!virtualMouse_) {
+            virtualMouse_ = std::make_unique<EventNode>(
+                EventNode::pathNamed(virtualMouseIdentity.name).value());
+        }
+        return *virtualMouse_;
+    }
+
+    std::vector<CGEvent> takeShown() {
+        MutexLock lock(mutex_);
+        return std::exchange(shown_, {});
+    }
+    std::vector<CGEventType> notices() {
+        MutexLock lock(mutex_);
+        return notices_;
+    }
+    DispatchQueue& queue() { return *queue_; }
+
+    ThreadedDispatcher dispatcher;
+    SimulatedMouse firmware;
+    UHIDMouse mouse{dispatcher, firmware};
+    const std::shared_ptr<VirtualDevices> output = std::make_shared<VirtualDevices>();
+    const std::shared_ptr<KeyboardState> keyboards = std::make_shared<KeyboardState>();
+    LinuxEventTapService taps{
+        {{.vendor = UHIDMouse::vendorID, .product = UHIDMouse::productID}}, output, keyboards, {}};
+    /// Set while there is no tap.
+    std::function<bool(CGEvent& event)> decide = [](CGEvent&) { return true; };
+
+  private:
+    bool take(CGEventType type, CGEvent& event) {
+        MutexLock lock(mutex_);
+        if (type == CGEventType::tapDisabledByTimeout ||
+            type == CGEventType::tapDisabledByUserInput) {
+            notices_.push_back(type);
+            tap_->setEnabled(true);
+            return true;
+        }
+        shown_.push_back(event);
+        return decide(event);
+    }
+
+    std::shared_ptr<DispatchQueue> queue_;
+    std::unique_ptr<EventTap> tap_;
+    std::unique_ptr<EventNode> virtualMouse_;
+    Mutex mutex_;
+    std::vector<CGEvent> shown_ TESSARA_GUARDED_BY(mutex_);
+    std::vector<CGEventType> notices_ TESSARA_GUARDED_BY(mutex_);
+};
+
+bool isButton(const CGEvent& event, std::int64_t number) {
+    return event.integerValue(CGEventField::mouseEventButtonNumber) == number;
+}
+
+std::vector<CGEventType> typesOf(const std::vector<CGEvent>& events) {
+    std::vector<CGEventType> types;
+    std::ranges::transform(events, std::back_inserter(types), &CGEvent::type);
+    return types;
+}
+
+TEST(Input, a_grabbed_mouse_is_heard_through_the_virtual_one_and_nowhere_else) {
+    const NoLeakedResources noLeaks;
+    Desk desk;
+    desk.mouse.plug();
+    desk.decide = [](CGEvent& event) { return !isButton(event, 3); };
+    desk.beginTap();
+    desk.awaitGrab();
+    EventNode real(desk.mouse.pointer().eventNode());
+
+    desk.mouse.pointer().send({.buttons = 0x1, .x = 7, .y = -3, .wheel = -1, .pan = 1});
+    desk.mouse.pointer().press(3);
+    desk.mouse.pointer().send({});
+    const auto frames = desk.virtualMouse().framesUntil(key(BTN_LEFT, false));
+    ASSERT_EQ(frames.size(), 2U) << "the side button is taken";
+    EXPECT_THAT(
+        frames[0].events,
+        AllOf(Contains(key(BTN_LEFT, true)), Contains(NodeEvent{EV_REL, REL_X, 7}),
+              Contains(NodeEvent{EV_REL, REL_Y, -3}), Contains(NodeEvent{EV_REL, REL_WHEEL, -1}),
+              Contains(NodeEvent{EV_REL, REL_WHEEL_HI_RES, -120}),
+              Contains(NodeEvent{EV_REL, REL_HWHEEL, 1}),
+              Contains(NodeEvent{EV_REL, REL_HWHEEL_HI_RES, 120})));
+    EXPECT_THAT(desk.virtualMouse().framesUntilQuiet(), IsEmpty());
+    EXPECT_THAT(real.framesUntilQuiet(), IsEmpty());
+}
+
+/// Sends reports at a rate, but never more ahead of the reader than the kernel keeps for it.
+class MotionSender {
+  public:
+    static constexpr int count = 4000;
+    static constexpr int window = 24;
+
+    MotionSender(UHIDPointer& pointer, std::chrono::nanoseconds interval)
+        : thread_([this, &pointer, interval] {
+              auto due = std::chrono::steady_clock::now();
+              for (int i = 0; i < count; ++i) {
+                  while (i - received >= window)
+                      std::this_thread::yield();
+                  std::this_thread::sleep_until(due);
+                  due = std::max(due + interval, std::chrono::steady_clock::now());
+                  pointer.move(xOf(i), yOf(i));
+              }
+          }) {}
+
+    static std::int16_t xOf(int i) { return static_cast<std::int16_t>(i % 251 - 125); }
+    static std::int16_t yOf(int i) { return static_cast<std::int16_t>(i % 127 + 1); }
+
+    std::atomic<int> received = 0;
+
+  private:
+    std::jthread thread_;  // last: it uses the rest
+};
+
+TEST(Input, no_motion_is_merged_or_lost_or_out_of_order_at_any_rate) {
+    Desk desk;
+    desk.mouse.plug();
+    desk.decide = [](CGEvent& event) {  // a linear curve
+        for (const auto field : {CGEventField::mouseEventDeltaX, CGEventField::mouseEventDeltaY})
+            event.setIntegerValue(field, 3 * event.integerValue(field));
+        return true;
+    };
+    desk.beginTap();
+    desk.awaitGrab();
+    for (const auto interval : {1000us, 125us}) {
+        const auto begin = std::chrono::steady_clock::now();
+        MotionSender sender(desk.mouse.pointer(), interval);
+        for (int i = 0; i < MotionSender::count; ++i) {
+            const auto frame = desk.virtualMouse().next();
+            sender.received = i + 1;
+            ASSERT_TRUE(frame) << i;
+            ASSERT_EQ(frame->sumOf(EV_REL, REL_X), 3 * MotionSender::xOf(i)) << i;
+            ASSERT_EQ(frame->sumOf(EV_REL, REL_Y), 3 * MotionSender::yOf(i)) << i;
+        }
+        const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begin;
+        printf("%d reports in %.2f s, for %.2f s\n", MotionSender::count, taken.count(),
+               MotionSender::count * std::chrono::duration<double>(interval).count());
+    }
+    EXPECT_THAT(desk.notices(), IsEmpty());
+}
+
+TEST(Input, a_mouse_is_grabbed_only_when_none_of_its_buttons_is_down) {
+    Desk desk;
+    desk.mouse.plug();
+    EventNode real(desk.mouse.pointer().eventNode());
+    desk.mouse.pointer().press(0);
+    desk.mouse.pointer().press(3);
+    desk.beginTap();
+    static_cast<void>(desk.virtualMouse().framesUntilQuiet(1s));
+    desk.mouse.pointer().release(0);
+    desk.mouse.pointer().move(5, 0);
+    desk.mouse.pointer().release(3);
+    const auto frames = real.framesUntil(key(side, false));
+    EXPECT_EQ(frames.size(), 5U);
+    desk.awaitGrab();
+    EXPECT_THAT(real.heldKeys(), IsEmpty());
+}
+
+TEST(Input, giving_a_mouse_back_leaves_no_button_down_and_the_mouse_as_it_was) {
+    Desk desk;
+    desk.mouse.plug();
+    EventNode real(desk.mouse.pointer().eventNode());
+    desk.decide = [](CGEvent& event) { return !isButton(event, 3); };
+    desk.beginTap();
+    desk.awaitGrab();
+    static_cast<void>(real.framesUntilQuiet());
+
+    desk.mouse.pointer().press(3);
+    desk.mouse.pointer().press(0);
+    static_cast<void>(desk.virtualMouse().framesUntil(key(BTN_LEFT, true)));
+    desk.endTap();
+    EXPECT_THAT(desk.virtualMouse().heldKeys(), IsEmpty());
+    desk.mouse.pointer().move(2, 0);
+    const auto frames = real.framesUntil({EV_REL, REL_X, 2});
+    EXPECT_EQ(frames.size(), 1U) << "of the presses nobody else has heard";
+    desk.mouse.pointer().send({});
+    EXPECT_THAT(desk.virtualMouse().framesUntilQuiet().size(), 1U) << "the release";
+
+    desk.beginTap();
+    desk.awaitGrab();
+}
+
+TEST(Input, an_unplugged_mouse_lets_go_of_its_buttons_and_is_grabbed_when_it_is_back) {
+    Desk desk;
+    desk.mouse.plug();
+    desk.decide = [](CGEvent& event) { return !isButton(event, 3); };
+    desk.beginTap();
+    desk.awaitGrab();
+    desk.mouse.pointer().press(3);
+    desk.mouse.pointer().press(1);
+    static_cast<void>(desk.virtualMouse().framesUntil(key(BTN_RIGHT, true)));
+    const auto sender = desk.takeShown().back().hidEventReference;
+
+    desk.mouse.unplug();
+    static_cast<void>(desk.virtualMouse().framesUntil(key(BTN_RIGHT, false)));
+    EXPECT_THAT(typesOf(desk.takeShown()),
+                ElementsAre(CGEventType::rightMouseUp, CGEventType::otherMouseUp));
+    EXPECT_THAT(desk.notices(), IsEmpty());
+
+    desk.mouse.plug();
+    desk.awaitGrab();
+    desk.mouse.pointer().press(0);
+    static_cast<void>(desk.virtualMouse().framesUntil(key(BTN_LEFT, true)));
+    EXPECT_NE(desk.takeShown().back().hidEventReference, sender);
+}
+
+TEST(Input, other_devices_are_neither_grabbed_nor_changed_and_keyboards_are_read_along) {
+    Desk desk;
+    UHIDPointer foreignMouse(desk.dispatcher, UHIDPointer::foreignMouse());
+    auto keyboard =
+        std::make_unique<UHIDKeyboard>(desk.dispatcher, UHIDKeyboard::foreignKeyboard());
+    desk.mouse.plug();
+    keyboard->press(leftShiftUsage);
+    desk.beginTap();
+    desk.awaitGrab();
+
+    EventNode foreign(foreignMouse.eventNode());
+    foreignMouse.press(0);
+    foreignMouse.send({.x = 4, .wheel = 1});
+    EXPECT_EQ(foreign.framesUntil(key(BTN_LEFT, false)).size(), 2U);
+    for (const std::string& node :
+         {foreignMouse.eventNode(), keyboard->eventNode(), desk.mouse.keyboard().eventNode()}) {
+        const EventNode probe(node);
+        EXPECT_TRUE(probe.grab(true)) << node;
+    }
+    EXPECT_THAT(desk.virtualMouse().framesUntilQuiet(), IsEmpty());
+
+    desk.mouse.pointer().move(1, 0);
+    ASSERT_TRUE(desk.virtualMouse().next());
+    EXPECT_EQ(desk.takeShown().back().flags & CGEventFlagMask::shift, CGEventFlagMask::shift);
+    keyboard.reset();  // unplugged with the key down
+    EXPECT_TRUE(waitFor([&] { return desk.keyboards->flags() == 0; }));
+    desk.mouse.keyboard().press(leftShiftUsage);
+    EXPECT_TRUE(waitFor([&] { return (desk.keyboards->flags() & CGEventFlagMask::shift) != 0; }));
+    desk.endTap();
+    EXPECT_EQ(desk.keyboards->flags(), 0U);
+}
+
+TEST(Input, the_devices_of_the_system_are_listed_by_the_senders_of_their_events) {
+    Desk desk;
+    const UHIDPointer foreignMouse(desk.dispatcher, UHIDPointer::foreignMouse());
+    desk.mouse.plug();
+    desk.beginTap();
+    desk.awaitGrab();
+    desk.mouse.pointer().move(1, 0);
+    ASSERT_TRUE(desk.virtualMouse().next());
+
+    LinuxHIDEventSystem system;
+    const auto sender = system.senderID(desk.takeShown().back());
+    std::vector<std::int64_t> mice;
+    const auto services = system.services().value();
+    for (const auto& service : services) {
+        EXPECT_NE(service->copyProperty("Product"), HIDValue(virtualMouseIdentity.name));
+        if (service->copyProperty("PrimaryUsage") != HIDValue(std::int64_t{2})) continue;
+        mice.push_back(std::get<std::int64_t>(service->copyProperty("ProductID")));
+        const bool isSender =
+            service->registryID() == HIDValue(static_cast<std::int64_t>(sender.value()));
+        EXPECT_EQ(isSender, mice.back() == UHIDMouse::productID);
+    }
+    EXPECT_THAT(mice, AllOf(Contains(UHIDMouse::productID), Contains(0x0001)));
+    desk.mouse.unplug();
+    EXPECT_EQ(
+        std::ranges::count(services, HIDValue(), [](const auto& s) { return s->registryID(); }), 2)
+        << "pointer and keyboard have gone";
+}
+
+TEST(Input, a_mouse_that_another_program_holds_is_named_and_taken_when_it_is_free) {
+    Desk desk;
+    desk.mouse.plug();
+    const std::string node = desk.mouse.pointer().eventNode();
+    std::array<int, 2> ready{};
+    ASSERT_EQ(::pipe(ready.data()), 0);
+    const pid_t other = ::fork();
+    if (other == 0) {
+        ::prctl(PR_SET_NAME, "mouse-holder");
+        const int fd = ::open(node.c_str(), O_RDONLY);
+        if (fd >= 0 && ::ioctl(fd, EVIOCGRAB, 1) == 0 && ::write(ready[1], "!", 1) == 1) ::pause();
+        ::_exit(1);
+    }
+    char mark = 0;
+    ASSERT_EQ(::read(ready[0], &mark, 1), 1);
+
+    desk.beginTap();
+    EXPECT_TRUE(waitFor([&] { return desk.taps.lastRefusal().has_value(); }));
+    EXPECT_THAT(desk.taps.lastRefusal().value_or(""),
+                AllOf(HasSubstr(node), HasSubstr("mouse-holder (" + std::to_string(other) + ")")));
+    ::kill(other, SIGKILL);
+    ::waitpid(other, nullptr, 0);
+    desk.awaitGrab();
+    EXPECT_EQ(desk.taps.lastRefusal(), std::nullopt);
+    ::close(ready[0]);
+    ::close(ready[1]);
+}
+
+TEST(Input,
+     after_a_delay_that_cost_reports_the_tap_is_told_and_the_buttons_are_brought_up_to_date) {
+    Desk desk;
+    desk.mouse.plug();
+    desk.beginTap();
+    desk.awaitGrab();
+    desk.mouse.pointer().press(0);
+    static_cast<void>(desk.virtualMouse().framesUntil(key(BTN_LEFT, true)));
+
+    std::atomic<bool> goesOn = false;
+    desk.queue().post([&] {
+        while (!goesOn)
+            std::this_thread::sleep_for(1ms);
+    });
+    desk.mouse.pointer().release(0);
+    desk.mouse.pointer().press(3);
+    for (int i = 0; i < 500; ++i)
+        desk.mouse.pointer().move(1, 1);
+    goesOn = true;
+    const auto frames = desk.virtualMouse().framesUntil(key(side, true));
+    EXPECT_THAT(frames.back().events, Contains(key(BTN_LEFT, false)));
+    EXPECT_THAT(desk.virtualMouse().heldKeys(), ElementsAre(side));
+    EXPECT_THAT(desk.notices(), ElementsAre(CGEventType::tapDisabledByTimeout));
+    desk.mouse.pointer().release(3);
+    static_cast<void>(desk.virtualMouse().framesUntil(key(side, false)));
+}
+
+/// The descriptor on which this process has the node open; -1 when it has none.
+int descriptorOf(const std::string& node) {
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        std::error_code error;
+        if (std::filesystem::read_symlink(entry.path(), error) == node)
+            return std::stoi(entry.path().filename());
+    }
+    return -1;
+}
+
+TEST(Input, a_revoked_mouse_is_let_go_of_told_and_taken_again) {
+    Desk desk;
+    desk.mouse.plug();
+    desk.beginTap();
+    desk.awaitGrab();
+    desk.mouse.pointer().press(0);
+    static_cast<void>(desk.virtualMouse().framesUntil(key(BTN_LEFT, true)));
+    ASSERT_EQ(::ioctl(descriptorOf(desk.mouse.pointer().eventNode()), EVIOCREVOKE, nullptr), 0);
+    static_cast<void>(desk.virtualMouse().framesUntil(key(BTN_LEFT, false)));
+    EXPECT_TRUE(waitFor([&] { return !desk.notices().empty(); }));
+    EXPECT_THAT(desk.notices(), ElementsAre(CGEventType::tapDisabledByUserInput));
+    desk.mouse.pointer().release(0);
+    desk.awaitGrab();
+}
+
+TEST(Input, a_virtual_mouse_that_fails_gives_the_mouse_back_until_it_works_again) {
+    Desk desk;
+    desk.mouse.plug();
+    EventNode real(desk.mouse.pointer().eventNode());
+    desk.beginTap();
+    desk.awaitGrab();
+    desk.output->mouse.close();
+    desk.mouse.pointer().move(1, 0);  // lost: nobody could know
+    EXPECT_TRUE(waitFor([&] { return desk.taps.lastRefusal().has_value(); }));
+    desk.mouse.pointer().move(9, 0);
+    static_cast<void>(real.framesUntil({EV_REL, REL_X, 9}));
+    EXPECT_TRUE(waitFor([&] { return !desk.taps.lastRefusal(); })) << "it has been made anew";
+}
+
+TEST(Input, two_hundred_plugs_and_unplugs_leak_nothing) {
+    const NoLeakedResources noLeaks;
+    Desk desk;
+    const auto plug = [&desk](const char* place) {
+        UHIDDescription description = UHIDPointer::foreignMouse();
+        description.place = place;
+        description.vendorID = UHIDMouse::vendorID;
+        description.productID = UHIDMouse::productID;
+        return std::make_unique<UHIDPointer>(desk.dispatcher, description);
+    };
+    desk.beginTap();
+    std::size_t descriptors = 0;
+    for (int pair = 0; pair < 100; ++pair) {
+        auto other = std::async(std::launch::async, plug, "usb-0000:00:14.0-5/input0");
+        std::array mice{plug("usb-0000:00:14.0-4/input0"), other.get()};
+        EXPECT_TRUE(waitFor([&] {  // both are grabbed
+            mice[0]->move(1, 0);
+            mice[1]->move(0, 1);
+            const auto shown = desk.takeShown();
+            const auto senderOfLast = shown.empty() ? 0 : shown.back().hidEventReference;
+            return std::ranges::any_of(shown, [&](const CGEvent& event) {
+                return event.hidEventReference != senderOfLast;
+            });
+        })) << pair;
+        for (auto& mouse : mice)
+            mouse.reset();
+        EXPECT_TRUE(waitFor([&] {
+            desk.queue().drain();
+            if (descriptors == 0) descriptors = openFileDescriptorCount();
+            return openFileDescriptorCount() <= descriptors;
+        })) << pair;
+    }
+}
+
+}  // namespace
+}  // namespace tessara::testing
