@@ -1,0 +1,40 @@
+import QtQuick
+import QtQuick.Templates as T
+import Tessara.Style
+
+/// A switch without words of its own: `text` is its accessible name, shown by whoever uses it.
+T.Switch {
+    id: control
+
+    implicitWidth: 40
+    implicitHeight: 24
+    opacity: enabled ? 1 : 0.45
+    Accessible.role: Accessible.CheckBox
+    Accessible.name: text
+    Accessible.checkable: true
+    Accessible.checked: checked
+    Accessible.onToggleAction: control.toggle()
+    Accessible.onPressAction: control.toggle()
+    Keys.onReturnPressed: control.toggle()
+    Keys.onEnterPressed: control.toggle()
+
+    indicator: Rectangle {
+        width: 40
+        height: 24
+        radius: 12
+        color: control.checked ? Theme.colors.accent : Theme.colors.track
+        Rectangle {
+            x: control.checked ? 18 : 2
+            y: 2
+            width: 20
+            height: 20
+            radius: 10
+            color: Theme.colors.knob
+            border { width: 1; color: Qt.rgba(0, 0, 0, 0.12) }
+            Behavior on x { NumberAnimation { duration: Theme.motionMillis } }
+        }
+    }
+    background: Item {
+        FocusRing { control: control; radius: 15 }
+    }
+}
