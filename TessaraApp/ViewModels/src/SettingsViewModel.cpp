@@ -1,0 +1,120 @@
+#include "TessaraApp/ViewModels/SettingsViewModel.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "TessaraApp/AppModel.h"
+#include "TessaraApp/AppPreferences.h"
+#include "TessaraApp/ConfigStore.h"
+#include "TessaraApp/ViewModels/Notice.h"
+
+namespace tessara {
+
+SettingsViewModel::SettingsViewModel(AppModel& model, QObject* parent)
+    : QObject(parent),
+      model_(model),
+      profile_(model),
+      profileScope_(model, profile_),
+      scrollPage_(model, profile_),
+      notices_(makeNotices()) {
+    const auto refresh = &SettingsViewModel::refreshNotices;
+    connect(&model.store(), &ConfigStore::problemChanged, this, refresh);
+    connect(&model, &AppModel::permissionsChanged, this, refresh);
+    connect(&model.preferences(), &AppPreferences::isPausedByUserChanged, this, refresh);
+}
+
+SettingsViewModel::~SettingsViewModel() = default;
+
+QVariantList SettingsViewModel::tabs() const {
+    const auto tab = [](const QString& title, const char* symbol) {
+        return QVariant::fromValue(
+            SettingsTab{.title = title, .symbol = QString::fromLatin1(symbol)});
+    };
+    return {tab(tr("Scroll"), "arrow.up.and.down"), tab(tr("Buttons"), "cursorarrow.click"),
+            tab(tr("Pointer"), "cursorarrow"),      tab(tr("Profiles"), "square.stack.3d.up"),
+            tab(tr("Device"), "computermouse"),     tab(tr("Updates"), "arrow.down.circle")};
+}
+
+void SettingsViewModel::setSelectedTab(int index) {
+    if (index < 0 || index > static_cast<int>(Tab::updates) || index == selectedTab()) return;
+    selectedTab_ = static_cast<Tab>(index);
+    Q_EMIT selectedTabChanged();
+}
+
+QString SettingsViewModel::windowTitle() const {
+    return tabs().at(selectedTab()).value<SettingsTab>().title;
+}
+
+bool SettingsViewModel::isInProfileScope() const {
+    return selectedTab_ <= Tab::pointer;
+}
+
+QString SettingsViewModel::tabBarLabel() const {
+    return tr("Settings pages");
+}
+
+QString SettingsViewModel::comingText() const {
+    return tr("This page is still being made.");
+}
+
+QVariantList SettingsViewModel::notices() const {
+    QVariantList notices;
+    for (const auto& notice : notices_)
+        notices.append(QVariant::fromValue(notice.get()));
+    return notices;
+}
+
+void SettingsViewModel::refreshNotices() {
+    auto notices = makeNotices();
+    const auto looksLike = [](const auto& a, const auto& b) { return a->looksLike(*b); };
+    if (std::ranges::equal(notices, notices_, looksLike)) return;
+    std::swap(notices, notices_);
+    Q_EMIT noticesChanged();
+    // One of them may be what the user has just pressed.
+    for (auto& gone : notices)
+        gone.release()->deleteLater();
+}
+
+std::vector<std::unique_ptr<Notice>> SettingsViewModel::makeNotices() {
+    std::vector<std::unique_ptr<Notice>> notices;
+    if (auto notice = makeProblemNotice()) notices.push_back(std::move(notice));
+    if (auto notice = makeStateNotice()) notices.push_back(std::move(notice));
+    return notices;
+}
+
+std::unique_ptr<Notice> SettingsViewModel::makeProblemNotice() {
+    const ConfigStore& store = model_.store();
+    const auto& problem = store.problem();
+    if (!problem) return nullptr;
+    const QString message =
+        tr("%1 Your file is still on disk at %2.")
+            .arg(QString::fromStdString(problem->explanation()), store.fileURL().toLocalFile());
+    return std::make_unique<Notice>(
+        Notice::Kind::problem, QString::fromStdString(problem->headline()), message,
+        std::vector<Notice::Action>{
+            {tr("Try Reading It Again"), [this] { model_.retryReadingConfig(); }},
+            {tr("Move It Aside And Start Fresh"), [this] { model_.startFreshConfig(); }},
+            {tr("Show In Finder"), [this] { model_.revealConfigFile(); }}});
+}
+
+std::unique_ptr<Notice> SettingsViewModel::makeStateNotice() {
+    const PermissionState& permissions = model_.permissions();
+    if (!permissions.accessibility || !permissions.inputMonitoring) {
+        return std::make_unique<Notice>(
+            Notice::Kind::warning, tr("Tessara is not allowed to touch your input yet"),
+            tr("Everything on these pages is saved, but nothing takes effect until macOS grants "
+               "Tessara permission."),
+            std::vector<Notice::Action>{
+                {tr("Finish Setting Up…"), [this] { Q_EMIT onboardingRequested(); }}});
+    }
+    if (model_.preferences().isPausedByUser()) {
+        return std::make_unique<Notice>(
+            Notice::Kind::informational, tr("Tessara is paused"),
+            tr("Your mouse behaves exactly as macOS ships it. Changes you make here are saved and "
+               "take effect the moment you resume."),
+            std::vector<Notice::Action>{{tr("Resume"), [this] { model_.setPausedByUser(false); }}});
+    }
+    return nullptr;
+}
+
+}  // namespace tessara
