@@ -1,0 +1,17 @@
+import Tessara.Style
+import Tessara.ViewModels
+
+/// A setting that is one of a few.
+SettingRow {
+    id: row
+
+    required property ChoiceSetting choice
+
+    setting: choice
+    control: ComboBox {
+        text: row.choice.title
+        model: row.choice.labels
+        currentIndex: row.choice.currentIndex
+        onActivated: index => row.choice.choose(index)
+    }
+}

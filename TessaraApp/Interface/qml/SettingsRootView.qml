@@ -1,0 +1,65 @@
+pragma ComponentBehavior: Bound
+import QtQuick
+import QtQuick.Layouts
+import QtQuick.Templates as T
+import Tessara.Style
+import Tessara.ViewModels
+
+/// The settings window: the tabs, and the page of the selected one.
+T.ApplicationWindow {
+    id: window
+
+    required property SettingsViewModel settings
+
+    width: 860
+    height: 720
+    minimumWidth: 720
+    minimumHeight: 520
+    title: settings.windowTitle
+    color: Theme.colors.window
+    Shortcut { sequences: ["Ctrl+W", "Esc"]; onActivated: window.close() }
+
+    component PageToCome: SettingsPage {
+        settings: window.settings
+        Label {
+            Layout.fillWidth: true
+            Layout.topMargin: 60
+            horizontalAlignment: Text.AlignHCenter
+            text: window.settings.comingText
+            color: Theme.colors.secondaryText
+        }
+    }
+
+    ColumnLayout {
+        anchors.fill: parent
+        spacing: 0
+
+        Rectangle {
+            Layout.fillWidth: true
+            implicitHeight: tabs.implicitHeight + 8
+            color: Theme.colors.card
+            SettingsTabBar {
+                id: tabs
+                anchors.centerIn: parent
+                settings: window.settings
+            }
+        }
+        Rectangle {
+            Layout.fillWidth: true
+            implicitHeight: 1
+            color: Theme.colors.separator
+        }
+        StackLayout {
+            currentIndex: window.settings.selectedTab
+            SettingsPage {
+                settings: window.settings
+                ScrollTab { page: window.settings.scrollPage }
+            }
+            PageToCome {}
+            PageToCome {}
+            PageToCome {}
+            PageToCome {}
+            PageToCome {}
+        }
+    }
+}
