@@ -6,10 +6,10 @@
 
 #include <sys/wait.h>
 
+#include "Support/TemporaryFolder.h"
+
 namespace tessara {
 namespace {
-
-namespace fs = std::filesystem;
 
 std::string quoted(const std::string& text) {
     std::string result = "'";
@@ -30,22 +30,6 @@ ProgramRun runProgram(const std::string& program, const std::vector<std::string>
     return {.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1,
             .out = readWhole(folder.path("out")),
             .err = readWhole(folder.path("err"))};
-}
-
-TemporaryFolder::TemporaryFolder() {
-    std::string pattern = (fs::temp_directory_path() / "tessara-test-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr) std::abort();
-    path_ = pattern;
-}
-
-TemporaryFolder::~TemporaryFolder() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
-}
-
-std::string TemporaryFolder::write(const std::string& name, const std::string& content) const {
-    std::ofstream(path(name), std::ios::binary) << content;
-    return path(name);
 }
 
 std::string readWhole(const std::string& path) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -16,24 +15,6 @@ struct ProgramRun {
 /// Runs `program` to its end.
 [[nodiscard]] ProgramRun runProgram(const std::string& program,
                                     const std::vector<std::string>& arguments);
-
-/// A folder of its own for a test, removed with everything in it.
-class TemporaryFolder {
-  public:
-    TemporaryFolder();
-    ~TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    [[nodiscard]] std::string path(const std::string& name) const {
-        return (path_ / name).string();
-    }
-    /// Writes a file and returns its path.
-    std::string write(const std::string& name, const std::string& content) const;
-
-  private:
-    std::filesystem::path path_;  // constant after construction
-};
 
 [[nodiscard]] std::string readWhole(const std::string& path);
 

@@ -6,6 +6,7 @@
 
 #include "Paths.h"
 #include "ProgramRun.h"
+#include "Support/TemporaryFolder.h"
 #include "TessaraCore/Config.h"
 
 namespace tessara {

@@ -8,6 +8,7 @@
 
 #include "Platform/Linux/PosixFileSystem.h"
 #include "Platform/Simulated/SimulatedFileSystem.h"
+#include "Support/TemporaryFolder.h"
 
 namespace tessara {
 namespace {
@@ -16,14 +17,9 @@ constexpr std::size_t anySize = 1 << 20;
 
 /// A file system with an empty folder to work in.
 struct RealFolder {
-    RealFolder() {
-        std::string pattern = std::filesystem::temp_directory_path() / "tessara-test.XXXXXX";
-        folder = ::mkdtemp(pattern.data());
-    }
-    ~RealFolder() { std::filesystem::remove_all(folder); }
-
+    TemporaryFolder temporary;
     PosixFileSystem files;
-    std::string folder;
+    std::string folder = temporary.path("");
 };
 
 struct SimulatedFolder {
