@@ -35,10 +35,10 @@ class LinuxWorkspaceService::Session : public std::enable_shared_from_this<Sessi
         focus_.emplace(*queue_, [this](const auto& bundleID) { announce(bundleID); });
         std::string reason = "This session has no display of which to ask the application in front";
         if (displays.wayland) {
-            if (use(makeWaylandFocusSource(*displays.wayland, *queue_, handlers()), reason)) return;
+            if (use(makeWaylandFocusSource(*displays.wayland, queue_, handlers()), reason)) return;
         }
         if (displays.x11) {
-            if (use(makeX11FocusSource(*displays.x11, *queue_, handlers()), reason)) {
+            if (use(makeX11FocusSource(*displays.x11, queue_, handlers()), reason)) {
                 if (displays.wayland) {
                     limit(
                         "This Wayland session tells which application is in front only of "

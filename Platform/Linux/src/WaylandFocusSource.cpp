@@ -6,13 +6,12 @@
 #include <string_view>
 #include <utility>
 
-#include <asio/any_io_executor.hpp>
 #include <fmt/format.h>
 #include <wayland-client.h>
 
 #include "Platform/Dispatch/DispatchQueue.h"
 #include "Platform/Linux/FocusSource.h"
-#include "WatchedDescriptor.h"
+#include "ReadableWatch.h"
 #include "wlr-foreign-toplevel-management-client.h"
 
 namespace tessara {
@@ -42,7 +41,7 @@ class WaylandFocusSource final : public FocusSource {
     }
 
     /// Waits for the globals and then for the windows that exist. Fails with the reason in words.
-    std::expected<void, std::string> begin(DispatchQueue& queue) {
+    std::expected<void, std::string> begin(std::shared_ptr<DispatchQueue> queue) {
         if (wl_display_roundtrip(display_.get()) < 0) return std::unexpected(failure());
         if (!manager_) {
             return std::unexpected("the Wayland compositor does not offer its list of windows");
@@ -51,8 +50,10 @@ class WaylandFocusSource final : public FocusSource {
         hasBegun_ = true;
         tellWindows();
         tellFocus();
-        readable_.emplace(queue.executor(), wl_display_get_fd(display_.get()),
+        readable_.emplace(std::move(queue), wl_display_get_fd(display_.get()),
                           [this] { return takeEvents(); });
+        if (!readable_->isWaiting())
+            return std::unexpected("the system has no room to wait for it");
         return {};
     }
 
@@ -195,7 +196,7 @@ class WaylandFocusSource final : public FocusSource {
     Toplevel* front_ = nullptr;
     bool hasBegun_ = false;
     bool isFinished_ = false;
-    std::optional<WatchedDescriptor> readable_;
+    std::optional<ReadableWatch> readable_;
 };
 
 const wl_registry_listener WaylandFocusSource::registryListener{.global = bindGlobal,
@@ -231,7 +232,8 @@ const zwlr_foreign_toplevel_handle_v1_listener WaylandFocusSource::handleListene
 
 }  // namespace
 
-MadeFocusSource makeWaylandFocusSource(const std::string& display, DispatchQueue& queue,
+MadeFocusSource makeWaylandFocusSource(const std::string& display,
+                                       std::shared_ptr<DispatchQueue> queue,
                                        FocusSource::Handlers handlers) {
     DisplayPointer connection(wl_display_connect(display.c_str()));
     if (!connection) {
@@ -239,7 +241,7 @@ MadeFocusSource makeWaylandFocusSource(const std::string& display, DispatchQueue
                                            display, std::strerror(errno)));
     }
     auto source = std::make_unique<WaylandFocusSource>(std::move(connection), std::move(handlers));
-    if (auto begun = source->begin(queue); !begun) return std::unexpected(begun.error());
+    if (auto begun = source->begin(std::move(queue)); !begun) return std::unexpected(begun.error());
     return source;
 }
 

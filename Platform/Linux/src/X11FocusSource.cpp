@@ -1,11 +1,9 @@
 #include <algorithm>
 #include <utility>
 
-#include <asio/any_io_executor.hpp>
-
 #include "Platform/Dispatch/DispatchQueue.h"
 #include "Platform/Linux/FocusSource.h"
-#include "WatchedDescriptor.h"
+#include "ReadableWatch.h"
 #include "X11Connection.h"
 
 namespace tessara {
@@ -13,15 +11,17 @@ namespace {
 
 class X11FocusSource final : public FocusSource {
   public:
-    X11FocusSource(X11Connection connection, DispatchQueue& queue, Handlers handlers)
+    X11FocusSource(X11Connection connection, std::shared_ptr<DispatchQueue> queue,
+                   Handlers handlers)
         : handlers_(std::move(handlers)),
           connection_(std::move(connection)),
-          readable_(queue.executor(), connection_.descriptor(), [this] { return takeEvents(); }) {
+          readable_(std::move(queue), connection_.descriptor(), [this] { return takeEvents(); }) {
         connection_.watch(connection_.root(), true);
         // What changed ahead of the watch is in these answers, and what changes later is told.
         readClientList();
         readActiveWindow();
-        takeEvents();
+        if (takeEvents() && !readable_.isWaiting())
+            handlers_.onEnd("the system has no room to wait for the X11 display");
     }
 
     bool activate(const Predicate& isWanted) override {
@@ -105,16 +105,18 @@ class X11FocusSource final : public FocusSource {
     std::vector<ListedWindow> windows_;
     /// The window in front while it has no name.
     xcb_window_t watched_ = XCB_NONE;
-    WatchedDescriptor readable_;
+    /// Destroyed ahead of the connection, whose descriptor it is.
+    const ReadableWatch readable_;
 };
 
 }  // namespace
 
-MadeFocusSource makeX11FocusSource(const std::string& display, DispatchQueue& queue,
+MadeFocusSource makeX11FocusSource(const std::string& display, std::shared_ptr<DispatchQueue> queue,
                                    FocusSource::Handlers handlers) {
     auto connection = X11Connection::open(display);
     if (!connection) return std::unexpected(connection.error());
-    return std::make_unique<X11FocusSource>(*std::move(connection), queue, std::move(handlers));
+    return std::make_unique<X11FocusSource>(*std::move(connection), std::move(queue),
+                                            std::move(handlers));
 }
 
 }  // namespace tessara

@@ -58,13 +58,14 @@ class FocusSource {
 using MadeFocusSource = std::expected<std::unique_ptr<FocusSource>, std::string>;
 
 /// Through X11: the window manager's _NET_ACTIVE_WINDOW. `display` is what DISPLAY holds.
-[[nodiscard]] MadeFocusSource makeX11FocusSource(const std::string& display, DispatchQueue& queue,
+[[nodiscard]] MadeFocusSource makeX11FocusSource(const std::string& display,
+                                                 std::shared_ptr<DispatchQueue> queue,
                                                  FocusSource::Handlers handlers);
 
 /// Through Wayland's wlr-foreign-toplevel-management, which is how panels manage windows. `display`
 /// is what WAYLAND_DISPLAY holds. Fails also where the compositor does not offer the protocol.
 [[nodiscard]] MadeFocusSource makeWaylandFocusSource(const std::string& display,
-                                                     DispatchQueue& queue,
+                                                     std::shared_ptr<DispatchQueue> queue,
                                                      FocusSource::Handlers handlers);
 
 }  // namespace tessara

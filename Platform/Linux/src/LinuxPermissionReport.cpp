@@ -1,0 +1,128 @@
+#include "Platform/Linux/LinuxPermissionReport.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <string_view>
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include "Platform/Linux/HIDDeviceName.h"
+#include "Platform/Linux/LinuxEventTapService.h"
+
+namespace tessara {
+namespace {
+
+namespace fs = std::filesystem;
+using Node = LinuxPermissionReport::Node;
+
+constexpr const char* ruleFile = "70-tessara.rules";
+
+bool kernelGrants(const std::string& path, int mode) {
+    return ::faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS) == 0;
+}
+
+/// What a class of devices in /sys holds under names of this beginning, each with the target of its
+/// link, which is the device's place in the tree.
+std::vector<std::pair<std::string, std::string>> devicesOf(const fs::path& folder,
+                                                           std::string_view beginning) {
+    std::vector<std::pair<std::string, std::string>> devices;
+    std::error_code error;
+    // Devices come and go meanwhile; each error is one that is not there.
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        std::string name = entry->path().filename();
+        std::error_code gone;
+        if (name.starts_with(beginning))
+            devices.emplace_back(std::move(name), fs::read_symlink(entry->path(), gone));
+    }
+    std::ranges::sort(devices);
+    return devices;
+}
+
+bool isWanted(const std::vector<InputDeviceMatch>& mice, const std::string& place) {
+    const auto name = HIDDeviceName::inPath(place);
+    return name && std::ranges::any_of(mice, [&](const InputDeviceMatch& mouse) {
+               return mouse.vendor == name->vendorID && mouse.product == name->productID;
+           });
+}
+
+bool areUsable(const std::vector<Node>& nodes) {
+    return std::ranges::all_of(nodes, &Node::isUsable);
+}
+
+void addProblem(std::vector<std::string>& problems, const std::vector<Node>& nodes,
+                std::string_view consequence) {
+    for (const Node& node : nodes) {
+        if (node.isUsable) continue;
+        problems.push_back(
+            fmt::format("{} may not be used by you, so {}.", node.path, consequence));
+    }
+}
+
+}  // namespace
+
+bool LinuxPermissionReport::canPost() const {
+    return uinput == UinputAccess::granted;
+}
+
+bool LinuxPermissionReport::canListen() const {
+    return inputNodes.empty() ? readsAnyInput || hasRule : areUsable(inputNodes);
+}
+
+bool LinuxPermissionReport::canSpeak() const {
+    return hidNodes.empty() ? hasRule : areUsable(hidNodes);
+}
+
+std::vector<std::string> LinuxPermissionReport::problems() const {
+    std::vector<std::string> problems;
+    if (uinput == UinputAccess::missing) {
+        problems.emplace_back(
+            "/dev/uinput is missing because the kernel's module uinput is not loaded, so Tessara "
+            "cannot send scrolling, keys and buttons.");
+    } else if (uinput == UinputAccess::refused) {
+        problems.emplace_back(
+            "/dev/uinput may not be written by you, so Tessara cannot send scrolling, keys and "
+            "buttons.");
+    }
+    addProblem(problems, inputNodes, "Tessara cannot see the mouse's wheel, buttons and movement");
+    addProblem(problems, hidNodes, "Tessara cannot read or set the mouse's resolution");
+    if (inputNodes.empty() && !canListen()) {
+        problems.emplace_back(
+            "The mouse is not plugged in, and no rule hands it to you when it is.");
+    }
+    return problems;
+}
+
+LinuxPermissionReport LinuxPermissionReport::read(const std::vector<InputDeviceMatch>& mice,
+                                                  const System& system) {
+    const auto hasAccess = [&](const std::string& path, int mode) {
+        return system.hasAccess ? system.hasAccess(path, mode) : kernelGrants(path, mode);
+    };
+    const auto exists = [&](const std::string& path) { return ::access(path.c_str(), F_OK) == 0; };
+    const std::string& root = system.root;
+    LinuxPermissionReport report;
+
+    const std::string uinput = root + "/dev/uinput";
+    if (exists(uinput)) {
+        report.uinput = hasAccess(uinput, W_OK) ? UinputAccess::granted : UinputAccess::refused;
+    }
+    for (const auto& [name, place] : devicesOf(root + "/sys/class/input", "event")) {
+        const std::string path = root + "/dev/input/" + name;
+        const bool isUsable = hasAccess(path, R_OK);
+        report.readsAnyInput = report.readsAnyInput || isUsable;
+        if (isWanted(mice, place)) report.inputNodes.push_back({path, isUsable});
+    }
+    for (const auto& [name, place] : devicesOf(root + "/sys/class/hidraw", "hidraw")) {
+        const std::string path = root + "/dev/" + name;
+        if (isWanted(mice, place)) report.hidNodes.push_back({path, hasAccess(path, R_OK | W_OK)});
+    }
+    for (const char* folder : {"/etc", "/run", "/usr/local/lib", "/usr/lib", "/lib"}) {
+        report.hasRule =
+            report.hasRule || exists(fmt::format("{}{}/udev/rules.d/{}", root, folder, ruleFile));
+    }
+    return report;
+}
+
+}  // namespace tessara
