@@ -14,6 +14,7 @@ target_compile_definitions(Asio INTERFACE
 target_link_libraries(Asio INTERFACE Threads::Threads)
 
 find_package(PkgConfig REQUIRED)
+pkg_check_modules(libsodium REQUIRED IMPORTED_TARGET libsodium)
 pkg_check_modules(utf8proc REQUIRED IMPORTED_TARGET libutf8proc)
 if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
   pkg_check_modules(libevdev REQUIRED IMPORTED_TARGET libevdev)

@@ -22,9 +22,9 @@ constexpr std::size_t maximumEntrySizeInBytes = std::size_t{1} << 20;
 using OwnedText = std::unique_ptr<char, decltype(&g_free)>;
 
 /// A desktop entry; one that cannot be parsed has no keys.
-class DesktopEntry {
+class EntryFile {
   public:
-    explicit DesktopEntry(const std::string& text) : keys_(g_key_file_new(), &g_key_file_unref) {
+    explicit EntryFile(const std::string& text) : keys_(g_key_file_new(), &g_key_file_unref) {
         isValid_ = g_key_file_load_from_data(
             keys_.get(), text.data(), text.size(),
             static_cast<GKeyFileFlags>(G_KEY_FILE_KEEP_COMMENTS | G_KEY_FILE_KEEP_TRANSLATIONS),
@@ -69,7 +69,7 @@ class DesktopEntry {
 };
 
 /// The program that an entry starts; nothing when it names none.
-std::optional<std::string> programOf(const DesktopEntry& entry) {
+std::optional<std::string> programOf(const EntryFile& entry) {
     if (auto tried = entry.string(G_KEY_FILE_DESKTOP_KEY_TRY_EXEC)) return tried;
     const auto command = entry.string(G_KEY_FILE_DESKTOP_KEY_EXEC);
     if (!command) return std::nullopt;
@@ -110,7 +110,7 @@ std::expected<std::optional<std::string>, std::string> AutostartLoginItem::readE
 }
 
 std::expected<bool, std::string> AutostartLoginItem::hasProgram(const std::string& entry) const {
-    const auto program = programOf(DesktopEntry(entry));
+    const auto program = programOf(EntryFile(entry));
     if (!program) return false;
     std::vector<std::string> candidates;
     if (program->starts_with('/')) {
@@ -147,7 +147,7 @@ LoginItemStatus AutostartLoginItem::status() const {
     const auto registered = readEntry(places_.entry);
     if (!registered) return LoginItemStatus::unknown;
     if (!*registered) return LoginItemStatus::notRegistered;
-    const DesktopEntry entry(**registered);
+    const EntryFile entry(**registered);
     // An entry that no desktop can read starts nothing.
     if (!entry.isValid()) return LoginItemStatus::notRegistered;
     return entry.isSwitchedOff() ? LoginItemStatus::requiresApproval : LoginItemStatus::enabled;
@@ -163,10 +163,10 @@ std::expected<void, std::string> AutostartLoginItem::registerItem() {
     const auto registered = readEntry(places_.entry);
     if (!registered) return std::unexpected(registered.error());
     if (*registered) {
-        const DesktopEntry entry(**registered);
+        const EntryFile entry(**registered);
         if (entry.isValid() && entry.isSwitchedOff()) return {};
     }
-    DesktopEntry entry(**installed);
+    EntryFile entry(**installed);
     if (auto made = files_.createFolders(folderOf(places_.entry)); !made) {
         return std::unexpected(made.error().description);
     }

@@ -1,0 +1,281 @@
+#include "Updater/FeedUpdater.h"
+
+#include <QDir>
+#include <QFile>
+#include <algorithm>
+#include <utility>
+
+#include <fmt/core.h>
+
+#include "BoundedDownload.h"
+#include "Platform/Dispatch/DispatchQueue.h"
+#include "Platform/PackageOpener.h"
+#include "Platform/UserDefaults.h"
+#include "Platform/WallClock.h"
+#include "TessaraCore/Precondition.h"
+
+namespace tessara {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr const char* lastCheckKey = "updates.lastCheck";
+
+constexpr std::chrono::seconds checkInterval = 24h;
+constexpr std::chrono::seconds retryInterval = 1h;
+constexpr auto scheduleLeeway = 1min;
+
+constexpr BoundedDownload::Limits feedLimits{
+    .maximumBytes = maximumFeedSizeInBytes, .idle = 20s, .total = 60s};
+
+BoundedDownload::Limits packageLimits(const UpdateRelease& release) {
+    return {.maximumBytes = release.lengthInBytes, .idle = 60s, .total = 2h};
+}
+
+constexpr const char* couldNotCheck = "Tessara could not check for updates.";
+constexpr const char* couldNotDownload = "Tessara could not download the update.";
+constexpr const char* couldNotInstall = "Tessara could not hand over the update.";
+
+/// How far the download is, in whole percent: as often as it changes, somebody is told.
+std::uint64_t percent(const UpdaterState::Downloading& download) {
+    return download.receivedBytes * 100 / download.lengthInBytes;
+}
+
+QUrl urlOf(const std::string& text) {
+    return QUrl(QString::fromStdString(text), QUrl::StrictMode);
+}
+
+}  // namespace
+
+FeedUpdater::FeedUpdater(Settings settings, std::shared_ptr<DispatchQueue> queue,
+                         const WallClock& wallClock, UserDefaults& defaults, PackageOpener& opener)
+    : settings_(std::move(settings)),
+      key_(updatePublicKey(settings_.publicKey)),
+      queue_(std::move(queue)),
+      wallClock_(wallClock),
+      defaults_(defaults),
+      opener_(opener) {
+    TESSARA_PRECONDITION(settings_.downloadFolder.starts_with('/'),
+                         "the updater's folder is no absolute path");
+    if (settings_.feedURL.empty()) {
+        state_.value = UpdaterState::NotConfigured{};
+    } else {
+        state_.value = UpdaterState::Idle{};
+    }
+}
+
+FeedUpdater::~FeedUpdater() = default;
+
+void FeedUpdater::start() {
+    if (std::exchange(hasStarted_, true) || settings_.feedURL.empty()) return;
+    deleteDownloads();
+    schedule();
+    if (delegate_) delegate_->updaterDidChange();
+}
+
+void FeedUpdater::setAutomaticallyChecksForUpdates(bool checks) {
+    isAutomatic_ = checks;
+    schedule();
+}
+
+void FeedUpdater::schedule() {
+    timer_ = nullptr;
+    if (!hasStarted_ || !isAutomatic_ || settings_.feedURL.empty()) return;
+    std::chrono::seconds wait = 0s;
+    if (hasFailed_) {
+        wait = retryInterval;
+    } else if (const auto last = lastUpdateCheckDate()) {
+        // A moment yet to come is a clock put right since: it says nothing.
+        const auto age = wallClock_.now() - *last;
+        if (age >= 0s) wait = std::max(0s, checkInterval - age);
+    }
+    timer_ = queue_->startTimer(queue_->clock().now() + wait, checkInterval, scheduleLeeway,
+                                [this] { checkOnSchedule(); });
+}
+
+void FeedUpdater::checkOnSchedule() {
+    // What waits for an answer, or is being downloaded, is not taken from under the user.
+    if (state_.is<UpdaterState::Idle>() || state_.is<UpdaterState::UpToDate>() ||
+        state_.is<UpdaterState::Failed>()) {
+        check();
+    }
+}
+
+bool FeedUpdater::canCheckForUpdates() const {
+    return hasStarted_ && !state_.is<UpdaterState::NotConfigured>() &&
+           !state_.is<UpdaterState::Checking>() && !state_.is<UpdaterState::Downloading>();
+}
+
+void FeedUpdater::checkForUpdates() {
+    if (!canCheckForUpdates()) return;
+    // A download that is there already is asked about again.
+    if (state_.is<UpdaterState::Verified>()) {
+        if (delegate_) delegate_->updaterWillAskUser();
+        return;
+    }
+    check();
+}
+
+void FeedUpdater::check() {
+    release_.reset();
+    feed_.clear();
+    setState(UpdaterState::Checking{});
+    const QUrl url = urlOf(settings_.feedURL);
+    if (!key_) return feedRead(std::unexpected("This copy of Tessara has no key to verify them."));
+    if (!isAllowed(settings_.transport, url)) {
+        return feedRead(std::unexpected("The feed's address is not a secure one."));
+    }
+    download_ = std::make_unique<BoundedDownload>(
+        queue_, settings_.transport, url, feedLimits,
+        [this](const QByteArray& bytes) -> std::expected<void, std::string> {
+            feed_.append(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+            return {};
+        },
+        [this](const std::expected<void, std::string>& result) { feedRead(result); });
+}
+
+void FeedUpdater::feedRead(const std::expected<void, std::string>& result) {
+    download_ = nullptr;
+    const auto release = result ? readUpdateFeed(feed_) : std::unexpected(result.error());
+    const auto judgement = judged(release);
+    hasFailed_ = !release;
+    if (release) defaults_.set(lastCheckKey, wallClock_.now().time_since_epoch().count());
+    schedule();
+    if (!judgement) return fail(couldNotCheck, judgement.error());
+    if (judgement->is<UpdaterState::Available>()) {
+        release_ = *release;
+        if (delegate_) delegate_->updaterWillAskUser();
+    }
+    setState(judgement->value);
+}
+
+std::expected<UpdaterState, std::string> FeedUpdater::judged(
+    const std::expected<UpdateRelease, std::string>& release) {
+    if (!release) return std::unexpected(release.error());
+    const ProgramVersion& offered = release->version;
+    const ProgramVersion& current = settings_.current;
+    if (offered == current) return UpdaterState{UpdaterState::UpToDate{}};
+    // The two numbers must agree on the direction, and it is never backwards.
+    if (offered.build <= current.build || isEarlierVersion(offered.version, current.version)) {
+        return std::unexpected(
+            fmt::format("The feed offers version {} (build {}), which is not newer than this one.",
+                        offered.version, offered.build));
+    }
+    if (!isAllowed(settings_.transport, urlOf(release->url))) {
+        return std::unexpected("The update's address is not a secure one.");
+    }
+    return UpdaterState{UpdaterState::Available{offered, release->lengthInBytes}};
+}
+
+std::optional<std::chrono::sys_seconds> FeedUpdater::lastUpdateCheckDate() const {
+    const auto seconds = defaults_.integer(lastCheckKey);
+    if (!seconds) return std::nullopt;
+    return std::chrono::sys_seconds(std::chrono::seconds(*seconds));
+}
+
+std::optional<std::string> FeedUpdater::feedURL() const {
+    return settings_.feedURL.empty() ? std::nullopt : std::optional(settings_.feedURL);
+}
+
+void FeedUpdater::downloadUpdate() {
+    if (!state_.is<UpdaterState::Available>()) return;
+    if (const auto opened = openPackage(); !opened) return packageArrived(opened);
+    setState(UpdaterState::Downloading{release_->version, release_->lengthInBytes, 0});
+    download_ = std::make_unique<BoundedDownload>(
+        queue_, settings_.transport, urlOf(release_->url), packageLimits(*release_),
+        [this](const QByteArray& bytes) { return takePackageBytes(bytes); },
+        [this](const std::expected<void, std::string>& result) { packageArrived(result); });
+}
+
+std::expected<void, std::string> FeedUpdater::openPackage() {
+    deleteDownloads();
+    const QString folder = QString::fromStdString(settings_.downloadFolder);
+    const QString name = QString::fromStdString(release_->fileName);
+    QDir().mkpath(folder);
+    package_ = std::make_unique<QFile>(QDir(folder).filePath(name));
+    if (!package_->open(QIODevice::WriteOnly | QIODevice::NewOnly,
+                        QFileDevice::ReadOwner | QFileDevice::WriteOwner)) {
+        return std::unexpected(fmt::format("“{}” could not be created: {}.",
+                                           package_->fileName().toStdString(),
+                                           package_->errorString().toStdString()));
+    }
+    return {};
+}
+
+std::expected<void, std::string> FeedUpdater::takePackageBytes(const QByteArray& bytes) {
+    if (package_->write(bytes) != bytes.size()) {
+        return std::unexpected(fmt::format("The download could not be stored: {}.",
+                                           package_->errorString().toStdString()));
+    }
+    auto download = std::get<UpdaterState::Downloading>(state_.value);
+    const auto before = percent(download);
+    download.receivedBytes += static_cast<std::uint64_t>(bytes.size());
+    if (percent(download) != before) {
+        setState(download);
+    } else {
+        state_.value = download;
+    }
+    return {};
+}
+
+void FeedUpdater::packageArrived(const std::expected<void, std::string>& result) {
+    download_ = nullptr;
+    auto verified = result;
+    if (verified && !package_->flush()) {
+        verified = std::unexpected(fmt::format("The download could not be stored: {}.",
+                                               package_->errorString().toStdString()));
+    }
+    package_->close();
+    if (verified) verified = verify();
+    if (!verified) {
+        deleteDownloads();
+        return fail(couldNotDownload, verified.error());
+    }
+    if (delegate_) delegate_->updaterWillAskUser();
+    setState(UpdaterState::Verified{release_->version});
+}
+
+std::expected<void, std::string> FeedUpdater::verify() const {
+    return verifyPackage(package_->fileName().toStdString(), *release_, *key_);
+}
+
+void FeedUpdater::installUpdate() {
+    if (!state_.is<UpdaterState::Verified>()) return;
+    // The file has lain there for as long as the user took.
+    auto done = verify();
+    if (done) done = opener_.openVerifiedPackage(package_->fileName().toStdString());
+    if (!done) {
+        deleteDownloads();
+        return fail(couldNotInstall, done.error());
+    }
+    setState(UpdaterState::HandedOver{release_->version});
+}
+
+void FeedUpdater::dismissUpdate() {
+    if (state_.is<UpdaterState::NotConfigured>() || state_.is<UpdaterState::Checking>()) return;
+    download_ = nullptr;
+    // The installer may still be reading what it was given.
+    if (!state_.is<UpdaterState::HandedOver>()) deleteDownloads();
+    setState(UpdaterState::Idle{});
+}
+
+void FeedUpdater::deleteDownloads() {
+    package_ = nullptr;
+    const QDir folder(QString::fromStdString(settings_.downloadFolder));
+    const auto files =
+        folder.entryList(QDir::Files | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    for (const QString& name : files)
+        QFile::remove(folder.filePath(name));
+}
+
+void FeedUpdater::fail(const std::string& what, const std::string& why) {
+    setState(UpdaterState::Failed{what + " " + why});
+}
+
+void FeedUpdater::setState(UpdaterState::Case state) {
+    if (state_.value == state) return;
+    state_.value = std::move(state);
+    if (delegate_) delegate_->updaterDidChange();
+}
+
+}  // namespace tessara
