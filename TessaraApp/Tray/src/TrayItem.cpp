@@ -6,7 +6,7 @@
 #include <QSystemTrayIcon>
 #include <utility>
 
-#include "TessaraApp/MenuBarContent.h"
+#include "TessaraApp/ViewModels/MenuBarContent.h"
 #include "TrayHostWatch.h"
 
 namespace tessara {

@@ -1,5 +1,6 @@
-#include "TessaraApp/OnboardingViewModel.h"
+#include "TessaraApp/ViewModels/OnboardingViewModel.h"
 
+#include <array>
 #include <chrono>
 #include <utility>
 
@@ -30,10 +31,11 @@ bool hasBoth(const PermissionState& permissions) {
 }  // namespace
 
 OnboardingViewModel::OnboardingViewModel(AppModel& model, std::shared_ptr<DispatchQueue> mainQueue,
-                                         OpenLink openLink)
+                                         PermissionHelp* help, OpenLink openLink)
     : model_(model),
       mainQueue_(std::move(mainQueue)),
       openLink_(std::move(openLink)),
+      help_(help, this),
       content_(contentOf(welcome)) {
     connect(&model_, &AppModel::permissionsChanged, this, &OnboardingViewModel::refresh);
     connect(&model_.launchAtLogin(), &LaunchAtLogin::statusChanged, this,
@@ -54,6 +56,7 @@ void OnboardingViewModel::setWatching(bool isWatching) {
 
 void OnboardingViewModel::watch() {
     model_.refreshPermissions();
+    help_.refresh();
     const PermissionState& permissions = model_.permissions();
     if (step() == inputMonitoring && permissions.inputMonitoring) setStep(accessibility);
     if (step() == accessibility && permissions.accessibility) {
@@ -77,8 +80,13 @@ void OnboardingViewModel::goBack() {
 }
 
 void OnboardingViewModel::openSettings() {
-    if (isPermissionStep())
+    if (!isPermissionStep()) return;
+    if (!help_.isAvailable()) {
         openLink_(QLatin1String(step() == accessibility ? accessibilityLink : inputMonitoringLink));
+        return;
+    }
+    help_.refresh();
+    if (!std::exchange(showsHelp_, true)) Q_EMIT showsHelpChanged();
 }
 
 void OnboardingViewModel::setStartsAtLogin(bool starts) {
@@ -141,9 +149,16 @@ void OnboardingViewModel::describeWelcome(Content& content) const {
            "right page in System Settings.");
 }
 
-QStringList OnboardingViewModel::bulletSymbols() const {
-    return {QStringLiteral("arrow.up.and.down"), QStringLiteral("cursorarrow.click"),
-            QStringLiteral("square.stack.3d.up"), QStringLiteral("checkmark.circle.fill")};
+QVariantList OnboardingViewModel::bullets() const {
+    constexpr std::array symbols{"arrow.up.and.down", "cursorarrow.click", "square.stack.3d.up",
+                                 "checkmark.circle.fill"};
+    QVariantList bullets;
+    for (const QString& text : content_.bulletTexts) {
+        const auto index = static_cast<std::size_t>(bullets.size());
+        bullets.append(QVariant::fromValue(
+            OnboardingBullet{.text = text, .symbol = QLatin1String(symbols.at(index))}));
+    }
+    return bullets;
 }
 
 void OnboardingViewModel::describeInputMonitoring(Content& content) const {
@@ -195,6 +210,7 @@ void OnboardingViewModel::describeAccessibility(Content& content) const {
 void OnboardingViewModel::describeGrant(Content& content, bool isGranted,
                                         const QString& heading) const {
     content.asksForGrant = !isGranted;
+    content.stateLevel = isGranted ? good : notYet;
     content.stateSymbol =
         isGranted ? QStringLiteral("checkmark.circle.fill") : QStringLiteral("circle.dotted");
     content.stateText =
@@ -216,6 +232,7 @@ void OnboardingViewModel::describeDone(Content& content) const {
     const bool isReady = hasBoth(model_.permissions());
     const LaunchAtLogin& login = model_.launchAtLogin();
     content.title = tr("You're set");
+    content.stateLevel = isReady ? good : missing;
     content.stateSymbol = isReady ? QStringLiteral("checkmark.circle.fill")
                                   : QStringLiteral("exclamationmark.triangle.fill");
     content.stateText =

@@ -1,4 +1,4 @@
-#include "TessaraApp/MenuBarContent.h"
+#include "TessaraApp/ViewModels/MenuBarContent.h"
 
 #include <utility>
 

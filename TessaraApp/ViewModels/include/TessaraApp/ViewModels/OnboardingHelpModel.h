@@ -1,0 +1,68 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QVariantList>
+#include <vector>
+
+#include <QtQml/qqmlregistration.h>
+
+#include "Platform/PermissionHelp.h"
+
+namespace tessara {
+
+/// One thing that is needed, as a line with a symbol.
+struct OnboardingFinding {
+    Q_GADGET
+    QML_VALUE_TYPE(onboardingFinding)
+    Q_PROPERTY(QString text MEMBER text CONSTANT)
+    Q_PROPERTY(QString symbol MEMBER symbol CONSTANT)
+    Q_PROPERTY(bool isGranted MEMBER isGranted CONSTANT)
+
+  public:
+    QString text;
+    QString symbol;
+    bool isGranted = false;
+};
+
+/// Where the system's settings have no page for what the program needs: what is missing, and the
+/// one command that puts it right.
+///
+/// Main thread. Findings that stay equal tell nobody.
+class OnboardingHelpModel : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("made by the onboarding")
+    Q_PROPERTY(QVariantList findings READ findings NOTIFY findingsChanged)
+    Q_PROPERTY(QString commandText READ commandText CONSTANT)
+    Q_PROPERTY(QString command READ command CONSTANT)
+    Q_PROPERTY(QString grantText READ grantText CONSTANT)
+
+  public:
+    /// Null where the system's settings have pages; there is nothing to show then. The help
+    /// outlives this.
+    OnboardingHelpModel(PermissionHelp* help, QObject* parent);
+
+    [[nodiscard]] bool isAvailable() const { return help_ != nullptr; }
+
+    /// An `OnboardingFinding` for each thing that is needed.
+    [[nodiscard]] QVariantList findings() const;
+    [[nodiscard]] QString commandText() const;
+    [[nodiscard]] QString command() const;
+    [[nodiscard]] QString grantText() const;
+
+    /// Lets the system ask for an administrator's password and run the command.
+    Q_INVOKABLE void grant();
+
+    /// Looks again.
+    void refresh();
+
+  Q_SIGNALS:
+    void findingsChanged();
+
+  private:
+    PermissionHelp* const help_;
+    std::vector<PermissionFinding> findings_;
+};
+
+}  // namespace tessara
