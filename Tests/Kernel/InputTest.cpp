@@ -31,6 +31,7 @@
 #include "Platform/Linux/VirtualDeviceIdentity.h"
 #include "Platform/Linux/VirtualDevices.h"
 #include "Platform/Simulated/SimulatedMouse.h"
+#include "Support/AllocationCounter.h"
 #include "Support/ProcessResources.h"
 
 namespace tessara::testing {
@@ -54,7 +55,10 @@ NodeEvent key(std::uint16_t code, bool isDown) {
 /// shown is written down, and passes unless `decide` says otherwise.
 class Desk {
   public:
-    Desk() { EXPECT_TRUE(output->open().has_value()); }
+    Desk() {
+        EXPECT_TRUE(output->open().has_value());
+        shown_.reserve(1000);  // writing it down is not to allocate
+    }
     ~Desk() { endTap(); }
 
     Desk(const Desk&) = delete;
@@ -103,7 +107,9 @@ class Desk {
 
     std::vector<CGEvent> takeShown() {
         MutexLock lock(mutex_);
-        return std::exchange(shown_, {});
+        const auto taken = shown_;
+        shown_.clear();
+        return taken;
     }
     std::vector<CGEventType> notices() {
         MutexLock lock(mutex_);
@@ -229,6 +235,28 @@ TEST(Input, no_motion_is_merged_or_lost_or_out_of_order_at_any_rate) {
                MotionSender::count * std::chrono::duration<double>(interval).count());
     }
     EXPECT_THAT(desk.notices(), IsEmpty());
+}
+
+TEST(Input, no_event_allocates_on_the_taps_thread) {
+    Desk desk;
+    desk.mouse.plug();
+    AllocationCounter counter;
+    int events = 0;
+    desk.decide = [&](CGEvent&) {  // everything between two events is counted
+        ++events;
+        if (events == 200) counter.start();
+        if (events == 400) counter.stop();
+        return true;
+    };
+    desk.beginTap();
+    desk.awaitGrab();
+    for (int i = 0; i < 500; ++i) {
+        desk.mouse.pointer().move(1, 0);
+        ASSERT_TRUE(desk.virtualMouse().next());
+    }
+    desk.endTap();
+    EXPECT_GE(events, 400);
+    EXPECT_EQ(counter.count(), 0U);
 }
 
 TEST(Input, a_mouse_is_grabbed_only_when_none_of_its_buttons_is_down) {
