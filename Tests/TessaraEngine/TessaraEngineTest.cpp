@@ -57,6 +57,17 @@ class TessaraEngineTest : public testing::VirtualTimeTest {
     std::optional<EngineOnDesktop> on;
 };
 
+TEST_F(TessaraEngineTest, what_is_in_the_way_of_the_tap_is_told_once_the_status_is_refreshed) {
+    start();
+    on->desktop.taps().setLastRefusal("another program has the mouse");
+    EXPECT_EQ(status().lastError, std::nullopt);
+    engine().refreshMetrics();
+    EXPECT_EQ(status().lastError, "another program has the mouse");
+    on->desktop.taps().setLastRefusal({});
+    engine().refreshMetrics();
+    EXPECT_EQ(status().lastError, "another program has the mouse") << "a success does not clear it";
+}
+
 TEST_F(TessaraEngineTest, a_second_start_and_a_second_stop_change_nothing) {
     engine().stop();
     EXPECT_FALSE(status().isRunning);

@@ -53,6 +53,16 @@ void SimulatedEventTaps::refuseTaps(std::int64_t count) {
     refusal_.refuseNext(count);
 }
 
+void SimulatedEventTaps::setLastRefusal(std::optional<std::string> words) {
+    MutexLock lock(mutex_);
+    lastRefusal_ = std::move(words);
+}
+
+std::optional<std::string> SimulatedEventTaps::lastRefusal() const {
+    MutexLock lock(mutex_);
+    return lastRefusal_;
+}
+
 std::vector<std::shared_ptr<SimulatedTap>> SimulatedEventTaps::tapsFrom(
     CGEventTapLocation location) const {
     return list_->from(location);

@@ -3,8 +3,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
+#include "Platform/Dispatch/Mutex.h"
 #include "Platform/EventTaps.h"
 #include "Platform/Simulated/SimulatedRefusal.h"
 
@@ -25,6 +28,9 @@ class SimulatedEventTaps final : public EventTapService {
     /// Makes the next `count` taps fail for no reason of permissions.
     void refuseTaps(std::int64_t count = SimulatedRefusal::always);
 
+    /// What is in the way of the taps, in words, until it is set to none again.
+    void setLastRefusal(std::optional<std::string> words);
+
     /// The taps that an event entering at `location` has before it, in order.
     [[nodiscard]] std::vector<std::shared_ptr<SimulatedTap>> tapsFrom(
         CGEventTapLocation location) const;
@@ -35,11 +41,14 @@ class SimulatedEventTaps final : public EventTapService {
     [[nodiscard]] std::unique_ptr<EventTap> makeTap(const EventTapRequest& request,
                                                     std::shared_ptr<DispatchQueue> queue,
                                                     Callback callback) override;
+    [[nodiscard]] std::optional<std::string> lastRefusal() const override;
 
   private:
     const std::shared_ptr<SimulatedPermissions> permissions_;
     const std::shared_ptr<SimulatedTapList> list_;
     SimulatedRefusal refusal_;
+    mutable Mutex mutex_;
+    std::optional<std::string> lastRefusal_ TESSARA_GUARDED_BY(mutex_);
 };
 
 }  // namespace tessara
