@@ -24,11 +24,13 @@ TEST(XDGDirectories, variables_lead_and_whatever_is_not_absolute_counts_as_not_s
                                   {"XDG_CONFIG_HOME", "/etc/ada/"},
                                   {"XDG_DATA_HOME", "/srv/data"},
                                   {"XDG_STATE_HOME", "/srv/state"},
+                                  {"XDG_CACHE_HOME", "/srv/cache"},
                                   {"XDG_RUNTIME_DIR", "/run/user/7"}});
     ASSERT_TRUE(set);
     EXPECT_EQ(set->config(), "/etc/ada/tessara");
     EXPECT_EQ(set->data(), "/srv/data/tessara");
     EXPECT_EQ(set->state(), "/srv/state/tessara");
+    EXPECT_EQ(set->cache(), "/srv/cache/tessara");
     EXPECT_EQ(set->runtime(), "/run/user/7/tessara");
 
     const auto unset = directories({{"HOME", "/home/ada"},
@@ -39,6 +41,7 @@ TEST(XDGDirectories, variables_lead_and_whatever_is_not_absolute_counts_as_not_s
     EXPECT_EQ(unset->config(), "/home/ada/.config/tessara");
     EXPECT_EQ(unset->data(), "/home/ada/.local/share/tessara");
     EXPECT_EQ(unset->state(), "/home/ada/.local/state/tessara");
+    EXPECT_EQ(unset->cache(), "/home/ada/.cache/tessara");
     EXPECT_EQ(unset->runtime(), std::nullopt);
 }
 

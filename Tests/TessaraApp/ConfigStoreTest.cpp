@@ -261,6 +261,7 @@ TEST_F(ConfigStoreTest, a_crash_at_any_step_leaves_the_old_document_or_the_new_o
 TEST_F(ConfigStoreTest, no_mutated_document_is_lost_or_overwritten_unless_it_still_reads) {
     Config small = Config::default_();
     small.profiles.pop_back();
+    small.ruleSet.rules.clear();
     const std::string original = bytesOf(small);
     Config next = small;
     next.isEnabled = false;

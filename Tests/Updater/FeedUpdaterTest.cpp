@@ -3,6 +3,9 @@
 #include <QEventLoop>
 #include <QFile>
 #include <QProcess>
+#include <QSslCertificate>
+#include <QSslConfiguration>
+#include <QSslKey>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <array>
@@ -79,6 +82,15 @@ struct WithEventLoop {
         static QCoreApplication application(argumentCount, nullptr);
     }
 };
+
+/// What a program of the system prints.
+QByteArray outputOf(const QString& program, const QStringList& arguments) {
+    QProcess process;
+    process.start(program, arguments);
+    EXPECT_TRUE(process.waitForFinished() && process.exitCode() == 0)
+        << process.readAllStandardError().toStdString();
+    return process.readAllStandardOutput();
+}
 
 class FeedUpdaterTest : private WithEventLoop,
                         public testing::VirtualTimeTest,
@@ -316,8 +328,8 @@ TEST_F(FeedUpdaterTest, a_bad_server_is_an_error_and_nothing_else) {
     const std::vector<std::pair<TinyServer::Answer, std::string>> answers{
         {endless, "The server sent more than the 262144 bytes that are allowed."},
         {silent, "The server did not answer in time."},
-        {cutOff, "The server could not be asked: "},
-        {TinyServer::answer("", "404 Not Found"), "The server could not be asked: "},
+        {cutOff, "The transfer failed: "},
+        {TinyServer::answer("", "404 Not Found"), "The transfer failed: "},
         {TinyServer::answer(feedOf(release), "203 Changed"),
          "The server answered with the status 203."},
         {TinyServer::answer("<html></html>"), "The update feed is not in order: "},
@@ -344,6 +356,42 @@ TEST_F(FeedUpdaterTest, a_bad_server_is_an_error_and_nothing_else) {
     download();
     EXPECT_TRUE(failure().starts_with("Tessara could not download the update. The server sent"));
     EXPECT_TRUE(downloaded().isEmpty());
+}
+
+TEST_F(FeedUpdaterTest,
+       only_a_server_that_proves_its_name_is_believed_and_none_less_secure_follows) {
+    const QString key = folder.filePath("key.pem");
+    const QByteArray certificate = outputOf(
+        "openssl", {"req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1",
+                    "-nodes", "-days", "2", "-subj", "/CN=127.0.0.1", "-addext",
+                    "subjectAltName=IP:127.0.0.1", "-keyout", key});
+    QFile keyFile(key);
+    ASSERT_TRUE(keyFile.open(QIODevice::ReadOnly));
+    QSslConfiguration identity;
+    identity.setLocalCertificate(QSslCertificate(certificate));
+    identity.setPrivateKey(QSslKey(keyFile.readAll(), QSsl::Ec));
+    TinyServer secure(identity);
+    secure.answers["/feed.xml"] = TinyServer::redirect("/moved.xml");
+    release.url = secure.url(packagePath);
+    secure.answers["/moved.xml"] = TinyServer::answer(feedOf(release));
+    settings.feedURL = secure.url("/feed.xml");
+    settings.transport = UpdateTransport::secureOnly;
+    start();
+    check();
+    EXPECT_TRUE(failure().starts_with("Tessara could not check for updates. The transfer failed: "))
+        << failure();
+    EXPECT_TRUE(secure.requests.empty());
+
+    const QSslConfiguration untrusting = QSslConfiguration::defaultConfiguration();
+    QSslConfiguration trusting = untrusting;
+    trusting.addCaCertificate(QSslCertificate(certificate));
+    QSslConfiguration::setDefaultConfiguration(trusting);
+    EXPECT_TRUE(check().is<UpdaterState::Available>()) << failure();
+    secure.answers["/feed.xml"] = TinyServer::redirect(server.url("/feed.xml"));
+    check();
+    QSslConfiguration::setDefaultConfiguration(untrusting);
+    EXPECT_TRUE(failure().ends_with("which is not a secure address.")) << failure();
+    EXPECT_TRUE(server.requests.empty());
 }
 
 TEST_F(FeedUpdaterTest, looks_once_a_day_and_an_hour_after_a_failure_while_it_is_switched_on) {
@@ -438,21 +486,15 @@ TEST_F(FeedUpdaterTest, a_download_that_is_dismissed_or_cannot_be_stored_leaves_
 }
 
 TEST_F(FeedUpdaterTest, a_release_signed_with_the_script_verifies) {
-    const auto run = [&](const QString& program, const QStringList& arguments) {
-        QProcess process;
-        process.start(program, arguments);
-        EXPECT_TRUE(process.waitForFinished() && process.exitCode() == 0)
-            << process.readAllStandardError().toStdString();
-        return process.readAllStandardOutput();
-    };
     const QString key = folder.filePath("key.pem");
     const QString package = folder.filePath("package");
     write(package, packageBytes);
-    run("openssl", {"genpkey", "-algorithm", "ed25519", "-out", key});
-    const QByteArray encoded = run("openssl", {"pkey", "-in", key, "-pubout", "-outform", "DER"});
+    outputOf("openssl", {"genpkey", "-algorithm", "ed25519", "-out", key});
+    const QByteArray encoded =
+        outputOf("openssl", {"pkey", "-in", key, "-pubout", "-outform", "DER"});
     settings.publicKey = encoded.right(32).toBase64().toStdString();
     const QByteArray element =
-        run(SIGN_UPDATE, {key, "1.5", "101", QString::fromStdString(release.url), package});
+        outputOf(SIGN_UPDATE, {key, "1.5", "101", QString::fromStdString(release.url), package});
     server.answers["/feed.xml"] =
         TinyServer::answer("<updates format=\"1\">" + element.toStdString() + "</updates>");
     start();

@@ -2,12 +2,16 @@
 
 #include <QByteArray>
 #include <QHostAddress>
+#include <QSslConfiguration>
+#include <QSslServer>
 #include <QString>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tessara::testing {
@@ -18,16 +22,15 @@ class TinyServer {
   public:
     using Answer = std::function<void(QTcpSocket& socket)>;
 
-    TinyServer() {
-        QObject::connect(&server_, &QTcpServer::newConnection, [this] {
-            while (QTcpSocket* socket = server_.nextPendingConnection())
-                QObject::connect(socket, &QTcpSocket::readyRead, [this, socket] { read(*socket); });
-        });
-        server_.listen(QHostAddress::LocalHost);
+    TinyServer() : TinyServer(std::make_unique<QTcpServer>(), "http") {}
+    /// One of HTTPS, with a key and a certificate.
+    explicit TinyServer(const QSslConfiguration& identity)
+        : TinyServer(std::make_unique<QSslServer>(), "https") {
+        static_cast<QSslServer&>(*server_).setSslConfiguration(identity);
     }
 
     [[nodiscard]] std::string url(const std::string& path) const {
-        return "http://127.0.0.1:" + std::to_string(server_.serverPort()) + path;
+        return scheme_ + "://127.0.0.1:" + std::to_string(server_->serverPort()) + path;
     }
 
     /// A whole answer; `status` as in "404 Not Found".
@@ -50,6 +53,17 @@ class TinyServer {
     std::vector<std::string> requests;
 
   private:
+    TinyServer(std::unique_ptr<QTcpServer> server, std::string scheme)
+        : server_(std::move(server)), scheme_(std::move(scheme)) {
+        QObject::connect(server_.get(), &QTcpServer::pendingConnectionAvailable, [this] {
+            while (QTcpSocket* socket = server_->nextPendingConnection()) {
+                QObject::connect(socket, &QTcpSocket::readyRead, [this, socket] { read(*socket); });
+                if (socket->bytesAvailable() > 0) read(*socket);
+            }
+        });
+        server_->listen(QHostAddress::LocalHost);
+    }
+
     void read(QTcpSocket& socket) {
         const QByteArray request = socket.peek(socket.bytesAvailable());
         if (!request.contains("\r\n\r\n")) return;
@@ -59,7 +73,8 @@ class TinyServer {
         (found == answers.end() ? answer("", "404 Not Found") : found->second)(socket);
     }
 
-    QTcpServer server_;
+    const std::unique_ptr<QTcpServer> server_;
+    const std::string scheme_;
 };
 
 }  // namespace tessara::testing

@@ -117,8 +117,7 @@ void BoundedDownload::watch() {
 
 void BoundedDownload::replyFinished() {
     if (reply_->error() != QNetworkReply::NoError) {
-        return fail(
-            fmt::format("The server could not be asked: {}.", reply_->errorString().toStdString()));
+        return fail(fmt::format("The transfer failed: {}.", reply_->errorString().toStdString()));
     }
     if (const QVariant target = reply_->attribute(QNetworkRequest::RedirectionTargetAttribute);
         target.isValid()) {

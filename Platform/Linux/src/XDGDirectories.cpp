@@ -46,6 +46,10 @@ std::string XDGDirectories::state() const {
     return inFolder(stateHome, folderName);
 }
 
+std::string XDGDirectories::cache() const {
+    return inFolder(cacheHome, folderName);
+}
+
 std::optional<std::string> XDGDirectories::runtime() const {
     if (!runtimeDirectory) return std::nullopt;
     return inFolder(*runtimeDirectory, folderName);
@@ -75,6 +79,7 @@ std::expected<XDGDirectories, std::string> XDGDirectories::from(
                           .configHome = folder("XDG_CONFIG_HOME", ".config"),
                           .dataHome = folder("XDG_DATA_HOME", ".local/share"),
                           .stateHome = folder("XDG_STATE_HOME", ".local/state"),
+                          .cacheHome = folder("XDG_CACHE_HOME", ".cache"),
                           .runtimeDirectory = ifAbsolute(environment("XDG_RUNTIME_DIR"))};
 }
 

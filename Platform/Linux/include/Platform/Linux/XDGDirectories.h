@@ -23,6 +23,8 @@ struct XDGDirectories {
     /// What may be lost without harm, but should outlive a restart: $XDG_STATE_HOME or
     /// ~/.local/state.
     std::string stateHome;
+    /// What can be had again at any time: $XDG_CACHE_HOME or ~/.cache.
+    std::string cacheHome;
     /// Sockets and the like of this login: $XDG_RUNTIME_DIR. There is no other place that would be
     /// as private, so it may be absent.
     std::optional<std::string> runtimeDirectory;
@@ -31,6 +33,7 @@ struct XDGDirectories {
     [[nodiscard]] std::string config() const;
     [[nodiscard]] std::string data() const;
     [[nodiscard]] std::string state() const;
+    [[nodiscard]] std::string cache() const;
     [[nodiscard]] std::optional<std::string> runtime() const;
 
     /// Reads the process's environment. Fails, in words for the user, when no home folder can be
