@@ -6,6 +6,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
@@ -18,6 +19,7 @@
 
 #include "Kernel/WaitFor.h"
 #include "Platform/Dispatch/DispatchQueue.h"
+#include "Platform/Dispatch/Mutex.h"
 
 namespace tessara::testing {
 namespace {
@@ -68,21 +70,24 @@ bool isKnownToUdev(const fs::path& folder) {
     return std::getline(stream, number) && fs::exists("/run/udev/data/c" + number);
 }
 
-/// The nodes that udev has made ready in `folder` for a class of devices, as "event3"; nothing when
-/// it is not done with all of them.
-std::vector<std::string> readyNodes(const fs::path& folder, const std::string& prefix) {
-    std::vector<std::string> nodes;
+/// The one node in `folder` whose name begins like that, as "event3", once udev has made it ready;
+/// else nothing.
+std::optional<std::string> readyNode(const fs::path& folder, const std::string& beginning) {
     std::error_code error;
-    for (fs::recursive_directory_iterator it(folder, error), end; it != end; it.increment(error)) {
-        const std::string name = it->path().filename().string();
-        const bool hasNumber =
-            name.starts_with(prefix) && name.size() > prefix.size() &&
-            name.find_first_not_of("0123456789", prefix.size()) == std::string::npos;
-        if (!hasNumber || it->is_symlink() || !it->is_directory()) continue;
-        if (!isKnownToUdev(it->path())) return {};
-        nodes.push_back(name);
+    for (const auto& entry : fs::directory_iterator(folder, error)) {
+        std::string name = entry.path().filename().string();
+        if (name.starts_with(beginning) && isKnownToUdev(entry.path())) return name;
     }
-    return nodes;
+    return std::nullopt;
+}
+
+/// As above, for the node of the one input device that the kernel has made of a HID device.
+std::optional<std::string> readyEventNode(const fs::path& folder) {
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator(folder / "input", error)) {
+        if (auto node = readyNode(entry.path(), "event")) return node;
+    }
+    return std::nullopt;
 }
 
 /// Whether the kernel makes an input device of a descriptor: those that begin with a pointer or a
@@ -110,13 +115,19 @@ class UHIDDevice::Connection : public std::enable_shared_from_this<Connection> {
     }
 
     void stop() {
+        {
+            MutexLock lock(mutex_);
+            isOpen_ = false;
+        }
         queue_->post([self = shared_from_this()] { self->descriptor_.close(); });
         queue_->drain();
     }
 
-    /// A whole event is one write, which the kernel takes at once or refuses.
-    void write(const uhid_event& event) const {
-        if (::write(fd_, &event, sizeof event) != static_cast<ssize_t>(sizeof event)) {
+    /// A whole event is one write, which the kernel takes at once or refuses. One for a device that
+    /// is unplugged is lost.
+    void write(const uhid_event& event) {
+        MutexLock lock(mutex_);
+        if (isOpen_ && ::write(fd_, &event, sizeof event) != static_cast<ssize_t>(sizeof event)) {
             throw std::system_error(errno, std::generic_category(), "writing to /dev/uhid");
         }
     }
@@ -158,36 +169,39 @@ class UHIDDevice::Connection : public std::enable_shared_from_this<Connection> {
     const int fd_;
     asio::posix::stream_descriptor descriptor_;  // owned by the queue
     const OutputHandler onOutput_;
+    Mutex mutex_;
+    bool isOpen_ TESSARA_GUARDED_BY(mutex_) = true;
 };
 
-UHIDDevice::UHIDDevice(Dispatcher& dispatcher, const UHIDDescription& description,
-                       OutputHandler onOutput)
-    : connection_(std::make_shared<Connection>(dispatcher, std::move(onOutput))) {
-    connection_->write(creation(description));
+UHIDDevice::UHIDDevice(Dispatcher& dispatcher, UHIDDescription description, OutputHandler onOutput)
+    : description_(std::move(description)),
+      connection_(std::make_shared<Connection>(dispatcher, std::move(onOutput))) {
+    connection_->write(creation(description_));
     connection_->start();
-    const std::size_t inputs = isInput(description.reportDescriptor) ? 1 : 0;
-    const bool isReady = waitFor([&] {
-        const fs::path folder = folderOf(description.place);
-        if (folder.empty()) return false;
-        const auto raw = readyNodes(folder, "hidraw");
-        const auto events = readyNodes(folder, "event");
-        if (raw.size() != 1 || events.size() != inputs) return false;
-        hidrawNode_ = "/dev/" + raw.front();
-        if (inputs == 1) eventNode_ = "/dev/input/" + events.front();
-        return true;
-    });
-    if (!isReady) {
-        connection_->stop();
-        throw std::runtime_error("the nodes of " + description.name + " do not come");
-    }
 }
 
 UHIDDevice::~UHIDDevice() {
-    connection_->stop();
-    // The kernel is done with the device when the close returns, udev takes the nodes away after
-    // it.
+    unplug();
     static_cast<void>(
         waitFor([this] { return !fs::exists(hidrawNode_) && !fs::exists(eventNode_); }));
+}
+
+void UHIDDevice::awaitNodes() {
+    const bool isReady = waitFor([this] {
+        const fs::path folder = folderOf(description_.place);
+        const auto raw = readyNode(folder / "hidraw", "hidraw");
+        if (!raw) return false;
+        hidrawNode_ = "/dev/" + *raw;
+        if (!isInput(description_.reportDescriptor)) return true;
+        const auto event = readyEventNode(folder);
+        if (event) eventNode_ = "/dev/input/" + *event;
+        return event.has_value();
+    });
+    if (!isReady) throw std::runtime_error("the nodes of " + description_.name + " do not come");
+}
+
+void UHIDDevice::unplug() {
+    connection_->stop();
 }
 
 void UHIDDevice::send(std::span<const std::uint8_t> report) const {

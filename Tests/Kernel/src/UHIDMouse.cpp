@@ -29,8 +29,6 @@ const std::vector<std::uint8_t> keyboardDescriptor{
     0x05, 0x07, 0x19, 0xE0, 0x29, 0xE7,                          //   modifiers
     0x15, 0x00, 0x25, 0x01, 0x75, 0x01, 0x95, 0x08, 0x81, 0x02,
     0x95, 0x01, 0x75, 0x08, 0x81, 0x01,                          //   reserved
-    0x05, 0x08, 0x19, 0x01, 0x29, 0x05, 0x95, 0x05, 0x75, 0x01, 0x91, 0x02,  // lights
-    0x95, 0x01, 0x75, 0x03, 0x91, 0x01,
     0x05, 0x07, 0x19, 0x00, 0x2A, 0xFF, 0x00,                    //   six keys
     0x15, 0x00, 0x26, 0xFF, 0x00, 0x95, 0x06, 0x75, 0x08, 0x81, 0x00,
     0xC0,
@@ -72,7 +70,9 @@ std::uint16_t bit(unsigned button) {
 }  // namespace
 
 UHIDPointer::UHIDPointer(Dispatcher& dispatcher, UHIDDescription description)
-    : device_(dispatcher, description, [](auto) {}) {}
+    : device_(dispatcher, std::move(description), [](auto) {}) {
+    device_.awaitNodes();
+}
 
 UHIDDescription UHIDPointer::foreignMouse() {
     return {.name = "Office Mouse",
@@ -122,7 +122,9 @@ void UHIDPointer::sendWithButtons(PointerReport report, std::uint16_t pressed,
 }
 
 UHIDKeyboard::UHIDKeyboard(Dispatcher& dispatcher, UHIDDescription description)
-    : device_(dispatcher, description, [](auto) {}) {}
+    : device_(dispatcher, std::move(description), [](auto) {}) {
+    device_.awaitNodes();
+}
 
 UHIDDescription UHIDKeyboard::foreignKeyboard() {
     return {.name = "Keyboard",
@@ -181,13 +183,19 @@ void UHIDMouse::plug() {
             });
         },
         {});
+    vendor_->awaitNodes();
     keyboard_ =
         std::make_unique<UHIDKeyboard>(dispatcher_, interfaceOfMouse("1", keyboardDescriptor));
     pointer_ = std::make_unique<UHIDPointer>(dispatcher_, interfaceOfMouse("0", pointerDescriptor));
 }
 
 void UHIDMouse::unplug() {
+    if (!isPlugged()) return;
     firmware_.disconnect();
+    // All at once, and only then is their end waited for.
+    pointer_->device_.unplug();
+    keyboard_->device_.unplug();
+    vendor_->unplug();
     pointer_.reset();
     keyboard_.reset();
     vendor_.reset();

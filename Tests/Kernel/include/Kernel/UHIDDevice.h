@@ -25,7 +25,7 @@ struct UHIDDescription {
 };
 
 /// One HID interface that the kernel takes for a device on USB: this side is the device's, the
-/// kernel makes the event and hidraw nodes. Plugged in as long as it exists.
+/// kernel makes the event and hidraw nodes. Plugged in until `unplug` or its end.
 ///
 /// What the kernel asks is answered on a queue of its own; reports may be sent from any thread.
 class UHIDDevice {
@@ -33,19 +33,26 @@ class UHIDDevice {
     /// Takes a whole output report, its id in front where the device has ids. On the queue.
     using OutputHandler = std::function<void(std::span<const std::uint8_t> report)>;
 
-    /// Plugs it in and waits until the kernel and udev have its nodes ready. Throws
-    /// `std::system_error` when the kernel takes no such device, `std::runtime_error` when the
-    /// nodes do not come.
-    UHIDDevice(Dispatcher& dispatcher, const UHIDDescription& description, OutputHandler onOutput);
-
-    /// Unplugs it, and waits until the nodes are gone.
+    /// Plugs it in. Throws `std::system_error` when the kernel takes no such device.
+    UHIDDevice(Dispatcher& dispatcher, UHIDDescription description, OutputHandler onOutput);
+    /// Unplugs it, and waits until its nodes are gone.
     ~UHIDDevice();
 
     UHIDDevice(const UHIDDevice&) = delete;
     UHIDDevice& operator=(const UHIDDevice&) = delete;
 
-    /// Sends one input report, its id in front where the device has ids.
+    /// Waits until the kernel and udev have its nodes ready. Throws `std::runtime_error` when they
+    /// do not come.
+    void awaitNodes();
+
+    /// Unplugs it without waiting for anything.
+    void unplug();
+
+    /// Sends one input report, its id in front where the device has ids. Of a device that is
+    /// unplugged it is lost.
     void send(std::span<const std::uint8_t> report) const;
+
+    // Once they are awaited.
 
     /// As "/dev/input/event3"; empty for an interface that is no input to the kernel.
     [[nodiscard]] const std::string& eventNode() const { return eventNode_; }
@@ -55,6 +62,7 @@ class UHIDDevice {
   private:
     class Connection;
 
+    const UHIDDescription description_;
     const std::shared_ptr<Connection> connection_;
     std::string eventNode_;
     std::string hidrawNode_;

@@ -46,9 +46,11 @@ class UHIDPointer {
     [[nodiscard]] const std::string& hidrawNode() const { return device_.hidrawNode(); }
 
   private:
+    friend class UHIDMouse;
+
     void sendWithButtons(PointerReport report, std::uint16_t pressed, std::uint16_t released);
 
-    const UHIDDevice device_;
+    UHIDDevice device_;
     Mutex mutex_;
     std::uint16_t buttons_ TESSARA_GUARDED_BY(mutex_) = 0;
 };
@@ -68,9 +70,11 @@ class UHIDKeyboard {
     [[nodiscard]] const std::string& eventNode() const { return device_.eventNode(); }
 
   private:
+    friend class UHIDMouse;
+
     void change(std::uint8_t usage, bool isDown);
 
-    const UHIDDevice device_;
+    UHIDDevice device_;
     Mutex mutex_;
     std::vector<std::uint8_t> keys_ TESSARA_GUARDED_BY(mutex_);
 };
