@@ -50,8 +50,8 @@ bool DemoSession::play() {
     replug();
     useForeignDevices();
     cutOffTap();
-    pause();
     tellCounts();
+    pause();
     revokePermission();
     checkForUpdate();
     quit();
@@ -210,6 +210,14 @@ void DemoSession::cutOffTap() {
     stage_.tellReceived();
 }
 
+void DemoSession::tellCounts() {
+    stage_.chapter("What the engine has counted so far");
+    stage_.onMain([](AppModel& model) {
+        model.engine()->refreshMetrics();
+        fmt::print("{}", statusText(model.engine()->status()));
+    });
+}
+
 void DemoSession::pause() {
     stage_.chapter("The user pauses the program, scrolls, and resumes");
     for (const bool isPaused : {true, false}) {
@@ -220,14 +228,6 @@ void DemoSession::pause() {
         stage_.letGlideEnd();
         stage_.tellReceived();
     }
-}
-
-void DemoSession::tellCounts() {
-    stage_.chapter("What the engine has counted so far");
-    stage_.onMain([](AppModel& model) {
-        model.engine()->refreshMetrics();
-        fmt::print("{}", statusText(model.engine()->status()));
-    });
 }
 
 void DemoSession::revokePermission() {

@@ -25,8 +25,8 @@ class DemoSession {
     void replug();
     void useForeignDevices();
     void cutOffTap();
-    void pause();
     void tellCounts();
+    void pause();
     void revokePermission();
     void checkForUpdate();
     void quit();
