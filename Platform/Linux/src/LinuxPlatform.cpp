@@ -4,6 +4,7 @@
 
 #include "Platform/Dispatch/DispatchQueue.h"
 #include "Platform/Linux/KeyboardState.h"
+#include "Platform/Linux/LinuxEventServices.h"
 #include "Platform/Linux/LinuxHIDEventSystem.h"
 #include "Platform/Linux/SuspendMonitor.h"
 #include "Platform/Linux/VirtualDevices.h"
@@ -22,6 +23,7 @@ struct LinuxPlatform::Services {
     const std::shared_ptr<KeyboardState> keyboards = std::make_shared<KeyboardState>();
     const std::shared_ptr<VirtualDevices> output = std::make_shared<VirtualDevices>();
     LinuxEventTapService eventTaps;
+    LinuxEventServices events{output->mouse, output->keyboard, *keyboards};
     LinuxHIDEventSystem hidEvents;
 };
 
@@ -32,6 +34,10 @@ LinuxPlatform::~LinuxPlatform() = default;
 
 EventTapService& LinuxPlatform::eventTaps() {
     return services_->eventTaps;
+}
+
+EventServices& LinuxPlatform::events() {
+    return services_->events;
 }
 
 HIDEventSystem& LinuxPlatform::hidEvents() {

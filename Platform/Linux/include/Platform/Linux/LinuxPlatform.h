@@ -9,6 +9,7 @@ namespace tessara {
 
 class DispatchQueue;
 class Dispatcher;
+class EventServices;
 class HIDEventSystem;
 
 /// Everything of this platform, made in the right order and handed out as the seam's interfaces:
@@ -25,6 +26,7 @@ class LinuxPlatform {
     LinuxPlatform& operator=(const LinuxPlatform&) = delete;
 
     [[nodiscard]] EventTapService& eventTaps();
+    [[nodiscard]] EventServices& events();
     [[nodiscard]] HIDEventSystem& hidEvents();
 
     /// Hears when the computer wakes, for whoever has told the mouse something that it may have

@@ -1,0 +1,150 @@
+#include "LinuxWiring/LinuxHost.h"
+
+#include <QLockFile>
+#include <QPointer>
+#include <QString>
+#include <chrono>
+#include <cstdint>
+#include <utility>
+
+#include "HIDPlusPlus/HIDPPDeviceMatch.h"
+#include "HIDPlusPlus/HIDPPRunLoop.h"
+#include "Platform/Dispatch/ThreadedDispatcher.h"
+#include "Platform/FileUserDefaults.h"
+#include "Platform/Linux/AutostartLoginItem.h"
+#include "Platform/Linux/DesktopPackageOpener.h"
+#include "Platform/Linux/HidrawTransport.h"
+#include "Platform/Linux/LinuxDesktopShell.h"
+#include "Platform/Linux/LinuxPermissionService.h"
+#include "Platform/Linux/LinuxPlatform.h"
+#include "Platform/Linux/LinuxShortcutsRunner.h"
+#include "Platform/Linux/LinuxWorkspaceService.h"
+#include "Platform/Linux/PosixFileSystem.h"
+#include "Platform/Linux/PosixWallClock.h"
+#include "Platform/Linux/SuspendMonitor.h"
+#include "Platform/Linux/XDGDirectories.h"
+#include "Platform/QtDispatch/QtMainQueue.h"
+#include "TessaraApp/AppModel.h"
+#include "Updater/FeedUpdater.h"
+#include "Updater/UpdaterBuildSettings.h"
+
+namespace tessara {
+namespace {
+
+const HIDPPDeviceMatch& target = HIDPPDeviceMatch::g502X;
+
+std::vector<InputDeviceMatch> targetMice() {
+    return {{.vendor = static_cast<std::uint16_t>(target.vendorID),
+             .product = static_cast<std::uint16_t>(target.productID)}};
+}
+
+FeedUpdater::Settings updaterSettings(const XDGDirectories& directories) {
+    auto built = UpdaterBuildSettings::ofThisCopy();
+    return {.current = std::move(built.current),
+            .feedURL = std::move(built.feedURL),
+            .publicKey = std::move(built.publicKey),
+            .downloadFolder = directories.state() + "/updates"};
+}
+
+}  // namespace
+
+/// In the order in which they need each other.
+struct LinuxHost::Services {
+    Services(const XDGDirectories& directories, LinuxWorkspaceService::Displays displays)
+        : supportDirectory(directories.data()),
+          lockFolder(directories.runtime().value_or(directories.state())),
+          defaults(files, wallClock, directories.config() + "/preferences.json"),
+          loginItem(files, AutostartLoginItem::Places::standard(directories)),
+          updater(updaterSettings(directories), mainQueue, wallClock, defaults, packageOpener),
+          workspace(dispatcher, std::move(displays)),
+          shortcuts(directories.data() + "/shortcuts", utilityQueue) {}
+
+    /// Two copies would take the mouse and each other's edits from one another. A folder where
+    /// nothing can be locked is no reason not to run.
+    bool claimUser() {
+        static_cast<void>(files.createFolders(lockFolder));
+        lock.setStaleLockTime(0);
+        return lock.tryLock() || lock.error() != QLockFile::LockFailedError;
+    }
+
+    const std::string supportDirectory;
+    const std::string lockFolder;
+    QLockFile lock{QString::fromStdString(lockFolder + "/lock")};
+    ThreadedDispatcher dispatcher;
+    const std::shared_ptr<DispatchQueue> mainQueue =
+        std::make_shared<QtMainQueue>("ai.tessara.main");
+    /// For what takes a moment and nobody waits for.
+    const std::shared_ptr<DispatchQueue> utilityQueue =
+        dispatcher.makeQueue("ai.tessara.utility", QualityOfService::utility);
+    PosixFileSystem files;
+    PosixWallClock wallClock;
+    FileUserDefaults defaults;
+    AutostartLoginItem loginItem;
+    DesktopPackageOpener packageOpener;
+    FeedUpdater updater;
+    LinuxWorkspaceService workspace;
+    LinuxShortcutsRunner shortcuts;
+    LinuxDesktopShell shell;
+    LinuxPermissionService permissions{targetMice()};
+    HidrawTransport hidTransport{target.vendorID, target.productID};
+    LinuxPlatform platform{dispatcher, targetMice()};
+    const std::shared_ptr<const HIDPPRunLoop> hidRunLoop =
+        std::make_shared<HIDPPRunLoop>(dispatcher, hidTransport);
+    EventSubscription wakings;
+};
+
+std::expected<std::unique_ptr<LinuxHost>, std::string> LinuxHost::make() {
+    // Both read the environment, which has no lock: ahead of all threads.
+    auto directories = XDGDirectories::current();
+    if (!directories) return std::unexpected(std::move(directories.error()));
+    auto displays = LinuxWorkspaceService::Displays::current();
+    auto services = std::make_unique<Services>(*directories, std::move(displays));
+    if (!services->claimUser()) {
+        return std::unexpected("another copy of Tessara is running for this user");
+    }
+    return std::unique_ptr<LinuxHost>(new LinuxHost(std::move(services)));
+}
+
+LinuxHost::LinuxHost(std::unique_ptr<Services> services) : services_(std::move(services)) {}
+
+LinuxHost::~LinuxHost() = default;
+
+AppPlatform LinuxHost::appPlatform() {
+    Services& s = *services_;
+    return {.engine = {.dispatcher = s.dispatcher,
+                       .mainQueue = s.mainQueue,
+                       .eventTaps = s.platform.eventTaps(),
+                       .events = s.platform.events(),
+                       .cursor = nullptr,
+                       .hidEvents = s.platform.hidEvents(),
+                       .hidRunLoop = s.hidRunLoop,
+                       .permissions = s.permissions,
+                       .workspace = s.workspace,
+                       .shortcuts = s.shortcuts},
+            .files = s.files,
+            .defaults = s.defaults,
+            .wallClock = s.wallClock,
+            .loginItem = s.loginItem,
+            .updater = s.updater,
+            .shell = s.shell,
+            .supportDirectory = s.supportDirectory,
+            .version = UpdaterBuildSettings::ofThisCopy().current,
+            .activateApplication = {}};
+}
+
+void LinuxHost::reapplySettingsOnWaking(AppModel& model) {
+    services_->wakings = services_->platform.suspend().wakings().subscribe(
+        services_->mainQueue, [model = QPointer(&model)](std::chrono::nanoseconds) {
+            if (model) model->reapplyDeviceSettings();
+        });
+}
+
+std::vector<std::string> LinuxHost::missingRights() const {
+    return services_->permissions.report().problems();
+}
+
+std::optional<std::string> LinuxHost::preferencesProblem() const {
+    return services_->defaults.problem();
+}
+
+}  // namespace tessara

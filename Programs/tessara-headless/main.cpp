@@ -1,0 +1,62 @@
+// tessara-headless: the whole application on this computer's mouse, without an interface. The
+// document and the preferences are the user's. It takes no options; SIGTERM and SIGINT end it in
+// good order. It ends with 0 then, with 1 when it could not start, and with 2 when it was called
+// with arguments.
+
+#include <QCoreApplication>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+#include <fmt/format.h>
+
+#include "LinuxWiring/LinuxHost.h"
+#include "LinuxWiring/StopSignals.h"
+#include "Platform/EventTaps.h"
+#include "TessaraApp/AppModel.h"
+#include "TessaraApp/AppPlatform.h"
+#include "TessaraHeadless/SituationReport.h"
+
+namespace {
+
+constexpr int misused = 2;
+
+void say(const std::string& sentence) {
+    fmt::print(stderr, "tessara-headless: {}\n", sentence);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc > 1) {
+        say(fmt::format("there are no arguments, and \"{}\" was given", argv[1]));
+        return misused;
+    }
+    QCoreApplication application(argc, argv);
+    const auto host = tessara::LinuxHost::make();
+    if (!host) {
+        say(host.error());
+        return EXIT_FAILURE;
+    }
+    const tessara::AppPlatform platform = (*host)->appPlatform();
+    tessara::AppModel model(platform);
+    (*host)->reapplySettingsOnWaking(model);
+    const tessara::StopSignals stopSignals([&model] {
+        model.stop();
+        QCoreApplication::quit();
+    });
+    say(fmt::format("started, with the settings in {}", platform.supportDirectory));
+    if (const auto problem = (*host)->preferencesProblem()) say(*problem);
+    const tessara::SituationReport report(
+        model, platform.engine.mainQueue,
+        [&] {
+            return tessara::Obstacles{.missingRights = (*host)->missingRights(),
+                                      .tap = platform.engine.eventTaps.lastRefusal()};
+        },
+        say);
+    model.start();
+    const int result = QCoreApplication::exec();
+    say("ended");
+    return result;
+}
