@@ -8,8 +8,11 @@
 namespace tessara {
 
 SimulatedHost::SimulatedHost(Dispatcher& on)
+    : SimulatedHost(on, on.makeQueue("ai.tessara.main", QualityOfService::userInteractive)) {}
+
+SimulatedHost::SimulatedHost(Dispatcher& on, std::shared_ptr<DispatchQueue> main)
     : dispatcher(on),
-      mainQueue(on.makeQueue("ai.tessara.main", QualityOfService::userInteractive)),
+      mainQueue(std::move(main)),
       desktop(on),
       hidRunLoop(std::make_shared<HIDPPRunLoop>(on, hidTransport)) {}
 

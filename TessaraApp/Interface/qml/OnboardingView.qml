@@ -20,7 +20,7 @@ T.ApplicationWindow {
     title: onboarding.windowTitle
     color: Theme.colors.window
     onVisibleChanged: onboarding.setWatching(visible)
-    Shortcut { sequences: [StandardKey.Close, StandardKey.Cancel]; onActivated: window.close() }
+    Shortcut { sequences: ["Ctrl+W", "Esc"]; onActivated: window.close() }
     Shortcut { sequences: ["Return", "Enter"]; onActivated: window.onboarding.advance() }
     Connections {
         target: window.onboarding

@@ -32,7 +32,6 @@ ColumnLayout {
                 id: list
                 anchors { fill: parent; margins: 1 }
                 clip: true
-                focus: true
                 activeFocusOnTab: true
                 boundsBehavior: Flickable.StopAtBounds
                 model: view.preview.rows

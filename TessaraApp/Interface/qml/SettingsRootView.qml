@@ -18,6 +18,7 @@ T.ApplicationWindow {
     title: settings.windowTitle
     color: Theme.colors.window
     Shortcut { sequences: ["Ctrl+W", "Esc"]; onActivated: window.close() }
+    Shortcut { sequences: ["Ctrl+Q"]; onActivated: window.settings.quit() }
 
     component PageToCome: SettingsPage {
         settings: window.settings
@@ -60,6 +61,26 @@ T.ApplicationWindow {
             PageToCome {}
             PageToCome {}
             PageToCome {}
+        }
+        Rectangle {
+            Layout.fillWidth: true
+            implicitHeight: 1
+            color: Theme.colors.separator
+            visible: footer.visible
+        }
+        RowLayout {
+            id: footer
+            visible: !window.settings.hasTray
+            Layout.fillWidth: true
+            Layout.margins: 12
+            Layout.leftMargin: 24
+            Layout.rightMargin: 24
+            spacing: 16
+            Explain { text: window.settings.noTrayText }
+            Button {
+                text: window.settings.quitText
+                onClicked: window.settings.quit()
+            }
         }
     }
 }

@@ -28,9 +28,12 @@ InterfaceEngine::InterfaceEngine() {
 InterfaceEngine::~InterfaceEngine() = default;
 
 std::unique_ptr<QQuickWindow> InterfaceEngine::makeWindow(const QString& name,
-                                                          const QVariantMap& properties) {
+                                                          const QVariantMap& properties,
+                                                          const QString& module) {
+    QString folder = module;
+    folder.replace(QLatin1Char('.'), QLatin1Char('/'));
     QQmlComponent component(&engine_,
-                            QUrl(QStringLiteral("qrc:/qt/qml/Tessara/Interface/%1.qml").arg(name)));
+                            QUrl(QStringLiteral("qrc:/qt/qml/%1/%2.qml").arg(folder, name)));
     if (!component.isReady()) preconditionFailed(qUtf8Printable(component.errorString()));
     std::unique_ptr<QObject> made(component.createWithInitialProperties(properties));
     if (!made) preconditionFailed(qUtf8Printable(component.errorString()));

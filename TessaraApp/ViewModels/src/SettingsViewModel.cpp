@@ -57,6 +57,20 @@ QString SettingsViewModel::comingText() const {
     return tr("This page is still being made.");
 }
 
+void SettingsViewModel::setHasTray(bool hasTray) {
+    if (std::exchange(hasTray_, hasTray) != hasTray) Q_EMIT hasTrayChanged();
+}
+
+QString SettingsViewModel::noTrayText() const {
+    return tr(
+        "This desktop shows no tray, where Tessara's menu would be. Tessara goes on working "
+        "while this window is minimised, and closing it only minimises it.");
+}
+
+QString SettingsViewModel::quitText() const {
+    return tr("Quit Tessara");
+}
+
 QVariantList SettingsViewModel::notices() const {
     QVariantList notices;
     for (const auto& notice : notices_)

@@ -19,6 +19,8 @@ class SimulatedHost {
   public:
     /// With a queue of the dispatcher's for the main executor.
     explicit SimulatedHost(Dispatcher& dispatcher);
+    /// With a main executor that the program has.
+    SimulatedHost(Dispatcher& dispatcher, std::shared_ptr<DispatchQueue> mainQueue);
 
     SimulatedHost(const SimulatedHost&) = delete;
     SimulatedHost& operator=(const SimulatedHost&) = delete;

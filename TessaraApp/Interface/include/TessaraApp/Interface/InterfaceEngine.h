@@ -20,11 +20,12 @@ class InterfaceEngine {
     InterfaceEngine(const InterfaceEngine&) = delete;
     InterfaceEngine& operator=(const InterfaceEngine&) = delete;
 
-    /// Makes the window of the type `name` of the module `Tessara.Interface`, hidden. `properties`
+    /// Makes the window of the type `name` of a module of the program's own, hidden. `properties`
     /// are its required ones; the objects in them outlive the window. A window that cannot be made
     /// stops the process with the reason: its QML is a part of the program.
-    [[nodiscard]] std::unique_ptr<QQuickWindow> makeWindow(const QString& name,
-                                                           const QVariantMap& properties);
+    [[nodiscard]] std::unique_ptr<QQuickWindow> makeWindow(
+        const QString& name, const QVariantMap& properties,
+        const QString& module = QStringLiteral("Tessara.Interface"));
 
     /// The look of all its windows.
     [[nodiscard]] Theme& theme();

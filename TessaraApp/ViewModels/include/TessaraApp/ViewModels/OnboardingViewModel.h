@@ -85,7 +85,7 @@ class OnboardingViewModel : public QObject {
     ~OnboardingViewModel() override;
 
     /// Watches the permissions while the window is there; looks at once, then every 600 ms.
-    void setWatching(bool isWatching);
+    Q_INVOKABLE void setWatching(bool isWatching);
 
     /// The primary button: one step on, and on the last one the end of the onboarding.
     Q_INVOKABLE void advance();

@@ -44,6 +44,9 @@ class SettingsViewModel : public QObject {
     Q_PROPERTY(QString tabBarLabel READ tabBarLabel CONSTANT)
     Q_PROPERTY(QString comingText READ comingText CONSTANT)
     Q_PROPERTY(QVariantList notices READ notices NOTIFY noticesChanged)
+    Q_PROPERTY(bool hasTray READ hasTray NOTIFY hasTrayChanged)
+    Q_PROPERTY(QString noTrayText READ noTrayText CONSTANT)
+    Q_PROPERTY(QString quitText READ quitText CONSTANT)
     Q_PROPERTY(tessara::ProfileScopeModel* profileScope READ profileScope CONSTANT)
     Q_PROPERTY(tessara::ScrollPageModel* scrollPage READ scrollPage CONSTANT)
 
@@ -73,6 +76,14 @@ class SettingsViewModel : public QObject {
     /// `Notice`s, from top to bottom.
     [[nodiscard]] QVariantList notices() const;
 
+    /// Whether the desktop has a tray with the program's menu; taken for granted at first. Without
+    /// one the window tells so and has the way out of the program.
+    [[nodiscard]] bool hasTray() const { return hasTray_; }
+    void setHasTray(bool hasTray);
+    [[nodiscard]] QString noTrayText() const;
+    [[nodiscard]] QString quitText() const;
+    Q_INVOKABLE void quit() { Q_EMIT quitRequested(); }
+
     [[nodiscard]] ProfileBinding& profile() { return profile_; }
     [[nodiscard]] ProfileScopeModel* profileScope() { return &profileScope_; }
     [[nodiscard]] ScrollPageModel* scrollPage() { return &scrollPage_; }
@@ -80,6 +91,9 @@ class SettingsViewModel : public QObject {
   Q_SIGNALS:
     void selectedTabChanged();
     void noticesChanged();
+    void hasTrayChanged();
+    /// The user wants to end the program.
+    void quitRequested();
     /// The user wants to finish setting up; whoever has the onboarding window shows it.
     void onboardingRequested();
 
@@ -94,6 +108,7 @@ class SettingsViewModel : public QObject {
     ProfileScopeModel profileScope_;
     ScrollPageModel scrollPage_;
     Tab selectedTab_ = Tab::scroll;
+    bool hasTray_ = true;
     std::vector<std::unique_ptr<Notice>> notices_;
 };
 

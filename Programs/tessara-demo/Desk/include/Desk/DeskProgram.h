@@ -1,0 +1,9 @@
+#pragma once
+
+namespace tessara {
+
+/// Runs the program with its windows on a simulated computer, with the Desk beside them. Needs a
+/// display. Answers the process's exit code.
+[[nodiscard]] int runDesk(int argc, char** argv);
+
+}  // namespace tessara
