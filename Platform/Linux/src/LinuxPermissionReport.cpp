@@ -52,13 +52,15 @@ bool areUsable(const std::vector<Node>& nodes) {
     return std::ranges::all_of(nodes, &Node::isUsable);
 }
 
-void addProblem(std::vector<std::string>& problems, const std::vector<Node>& nodes,
-                std::string_view consequence) {
+std::vector<std::string> problemsOf(const std::vector<Node>& nodes, std::string_view consequence) {
+    std::vector<std::string> problems;
     for (const Node& node : nodes) {
-        if (node.isUsable) continue;
-        problems.push_back(
-            fmt::format("{} may not be used by you, so {}.", node.path, consequence));
+        if (!node.isUsable) {
+            problems.push_back(
+                fmt::format("{} may not be used by you, so {}.", node.path, consequence));
+        }
     }
+    return problems;
 }
 
 }  // namespace
@@ -75,23 +77,36 @@ bool LinuxPermissionReport::canSpeak() const {
     return hidNodes.empty() ? hasRule : areUsable(hidNodes);
 }
 
+std::vector<std::string> LinuxPermissionReport::postingProblems() const {
+    switch (uinput) {
+        case UinputAccess::granted:
+            return {};
+        case UinputAccess::missing:
+            return {
+                "/dev/uinput is missing because the kernel's module uinput is not loaded, so "
+                "Tessara cannot send scrolling, keys and buttons."};
+        case UinputAccess::refused:
+            break;
+    }
+    return {
+        "/dev/uinput may not be written by you, so Tessara cannot send scrolling, keys and "
+        "buttons."};
+}
+
+std::vector<std::string> LinuxPermissionReport::listeningProblems() const {
+    if (inputNodes.empty() && !canListen())
+        return {"The mouse is not plugged in, and no rule hands it to you when it is."};
+    return problemsOf(inputNodes, "Tessara cannot see the mouse's wheel, buttons and movement");
+}
+
+std::vector<std::string> LinuxPermissionReport::speakingProblems() const {
+    return problemsOf(hidNodes, "Tessara cannot read or set the mouse's resolution");
+}
+
 std::vector<std::string> LinuxPermissionReport::problems() const {
-    std::vector<std::string> problems;
-    if (uinput == UinputAccess::missing) {
-        problems.emplace_back(
-            "/dev/uinput is missing because the kernel's module uinput is not loaded, so Tessara "
-            "cannot send scrolling, keys and buttons.");
-    } else if (uinput == UinputAccess::refused) {
-        problems.emplace_back(
-            "/dev/uinput may not be written by you, so Tessara cannot send scrolling, keys and "
-            "buttons.");
-    }
-    addProblem(problems, inputNodes, "Tessara cannot see the mouse's wheel, buttons and movement");
-    addProblem(problems, hidNodes, "Tessara cannot read or set the mouse's resolution");
-    if (inputNodes.empty() && !canListen()) {
-        problems.emplace_back(
-            "The mouse is not plugged in, and no rule hands it to you when it is.");
-    }
+    std::vector<std::string> problems = postingProblems();
+    for (const auto& more : {listeningProblems(), speakingProblems()})
+        problems.insert(problems.end(), more.begin(), more.end());
     return problems;
 }
 

@@ -1,5 +1,6 @@
 #include "LinuxWiring/LinuxHost.h"
 
+#include <QCoreApplication>
 #include <QLockFile>
 #include <QPointer>
 #include <QString>
@@ -15,6 +16,7 @@
 #include "Platform/Linux/DesktopPackageOpener.h"
 #include "Platform/Linux/HidrawTransport.h"
 #include "Platform/Linux/LinuxDesktopShell.h"
+#include "Platform/Linux/LinuxPermissionHelp.h"
 #include "Platform/Linux/LinuxPermissionService.h"
 #include "Platform/Linux/LinuxPlatform.h"
 #include "Platform/Linux/LinuxShortcutsRunner.h"
@@ -86,6 +88,9 @@ struct LinuxHost::Services {
     LinuxShortcutsRunner shortcuts;
     LinuxDesktopShell shell;
     LinuxPermissionService permissions{targetMice()};
+    LinuxPermissionHelp permissionHelp{permissions,
+                                       LinuxPermissionHelp::findGrantProgram(
+                                           QCoreApplication::applicationDirPath().toStdString())};
     HidrawTransport hidTransport{target.vendorID, target.productID};
     LinuxPlatform platform{dispatcher, targetMice()};
     const std::shared_ptr<const HIDPPRunLoop> hidRunLoop =
@@ -130,6 +135,10 @@ AppPlatform LinuxHost::appPlatform() {
             .supportDirectory = s.supportDirectory,
             .version = UpdaterBuildSettings::ofThisCopy().current,
             .activateApplication = {}};
+}
+
+PermissionHelp& LinuxHost::permissionHelp() {
+    return services_->permissionHelp;
 }
 
 void LinuxHost::reapplySettingsOnWaking(AppModel& model) {

@@ -11,6 +11,7 @@
 namespace tessara {
 
 class AppModel;
+class PermissionHelp;
 
 /// This computer, for the whole application: the main executor on Qt's event loop, and every
 /// service of the Linux platform. The wiring that the programs for real use have in common.
@@ -28,6 +29,9 @@ class LinuxHost {
 
     /// What an application is given; `activateApplication` is for the program to add.
     [[nodiscard]] AppPlatform appPlatform();
+
+    /// What is missing of the rights, and the way to them.
+    [[nodiscard]] PermissionHelp& permissionHelp();
 
     /// Lets the model write the mouse's settings again each time that the computer wakes, for as
     /// long as the model lives. Once.

@@ -42,7 +42,11 @@ struct LinuxPermissionReport {
     [[nodiscard]] bool canListen() const;
     /// Whether it can speak with the mouse. Without a mouse as above.
     [[nodiscard]] bool canSpeak() const;
-    /// What is missing, a sentence for the user each; empty when nothing is.
+    /// What is missing for each of the three, a sentence for the user each; empty when nothing is.
+    [[nodiscard]] std::vector<std::string> postingProblems() const;
+    [[nodiscard]] std::vector<std::string> listeningProblems() const;
+    [[nodiscard]] std::vector<std::string> speakingProblems() const;
+    /// All of them, in this order.
     [[nodiscard]] std::vector<std::string> problems() const;
 
     /// Where to look, and how.

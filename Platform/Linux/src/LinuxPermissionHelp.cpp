@@ -1,0 +1,67 @@
+#include "Platform/Linux/LinuxPermissionHelp.h"
+
+#include <array>
+#include <filesystem>
+#include <string_view>
+#include <utility>
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <glib.h>
+
+#include "DetachedChild.h"
+#include "Platform/Linux/LinuxPermissionService.h"
+
+namespace tessara {
+namespace {
+
+constexpr const char* programName = "tessara-grant-access";
+
+PermissionFinding finding(const char* whenGranted, const std::vector<std::string>& problems) {
+    if (problems.empty()) return {.description = whenGranted, .isGranted = true};
+    return {.description = fmt::format("{}", fmt::join(problems, " ")), .isGranted = false};
+}
+
+}  // namespace
+
+LinuxPermissionHelp::LinuxPermissionHelp(const LinuxPermissionService& permissions,
+                                         std::string grantProgram)
+    : permissions_(permissions), grantProgram_(std::move(grantProgram)) {}
+
+std::string LinuxPermissionHelp::findGrantProgram(const std::string& folder) {
+    namespace fs = std::filesystem;
+    for (fs::path above = folder; above.has_relative_path(); above = above.parent_path()) {
+        for (const char* place : {"libexec/tessara", "Packaging"}) {
+            const fs::path program = above / place / programName;
+            std::error_code unknown;
+            if (fs::is_regular_file(program, unknown)) return program;
+        }
+    }
+    return programName;
+}
+
+std::vector<PermissionFinding> LinuxPermissionHelp::findings() const {
+    const LinuxPermissionReport report = permissions_.report();
+    return {finding("Tessara can send scrolling, keys and buttons.", report.postingProblems()),
+            finding("Tessara can see the mouse's wheel, buttons and movement.",
+                    report.listeningProblems()),
+            finding("Tessara can read and set the mouse's resolution.", report.speakingProblems())};
+}
+
+std::string LinuxPermissionHelp::command() const {
+    char* const quoted = g_shell_quote(grantProgram_.c_str());
+    std::string command = fmt::format("sudo {}", quoted);
+    g_free(quoted);
+    return command;
+}
+
+void LinuxPermissionHelp::grant() {
+    std::string asker = "pkexec";
+    std::string program = grantProgram_;
+    std::array<char*, 3> arguments{asker.data(), program.data(), nullptr};
+    g_spawn_async(/*working_directory=*/nullptr, arguments.data(), /*envp=*/nullptr,
+                  static_cast<GSpawnFlags>(detachedSpawnFlags()), detachChild,
+                  /*user_data=*/nullptr, /*child_pid=*/nullptr, /*error=*/nullptr);
+}
+
+}  // namespace tessara

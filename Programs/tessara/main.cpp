@@ -1,0 +1,47 @@
+// tessara: the program with its windows and its tray item, on this computer's mouse. SIGTERM and
+// SIGINT end it in good order. It ends with 0 then, with 1 when it could not start, and with 2 when
+// it was called with arguments that it does not know.
+
+#include <QApplication>
+#include <cstdlib>
+
+#include <fmt/format.h>
+
+#include "DesktopProgram/DesktopProgram.h"
+#include "LinuxWiring/LinuxHost.h"
+#include "LinuxWiring/StopSignals.h"
+#include "TessaraApp/Tray/SingleInstance.h"
+
+namespace {
+
+constexpr int misused = 2;
+constexpr const char* applicationID = "ai.tessara.Tessara";
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    using namespace tessara;
+    QApplication application(argc, argv);
+    if (argc > 1) {
+        fmt::print(stderr, "tessara: there are no arguments, and \"{}\" was given\n", argv[1]);
+        return misused;
+    }
+    QApplication::setApplicationName(QStringLiteral("Tessara"));
+    QApplication::setDesktopFileName(QString::fromLatin1(applicationID));
+    QApplication::setQuitOnLastWindowClosed(false);
+
+    SingleInstance instance(QString::fromLatin1(applicationID));
+    if (!instance.claim()) return EXIT_SUCCESS;  // the other one has come forward
+
+    const auto host = LinuxHost::make();
+    if (!host) {
+        fmt::print(stderr, "tessara: {}\n", host.error());
+        return EXIT_FAILURE;
+    }
+    DesktopProgram program((*host)->appPlatform(), &(*host)->permissionHelp());
+    (*host)->reapplySettingsOnWaking(program.model());
+    const StopSignals stopSignals([] { QApplication::quit(); });
+    QObject::connect(&instance, &SingleInstance::raiseRequested, &program, &DesktopProgram::raise);
+    program.start();
+    return QApplication::exec();
+}
