@@ -10,10 +10,12 @@
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <xcb/xcb.h>
 
 #include "EngineWiring/SimulatedHost.h"
 #include "Platform/Dispatch/ThreadedDispatcher.h"
 #include "Platform/Linux/LinuxWorkspaceService.h"
+#include "Support/ProcessResources.h"
 #include "TessaraEngine/CGEventPoster.h"
 #include "TessaraEngine/TessaraEngine.h"
 
@@ -143,6 +145,42 @@ class SessionTest : public ::testing::Test {
     SimulatedHost host{dispatcher};
     std::shared_ptr<TessaraEngine> engine;
 };
+
+TEST_F(SessionTest, a_window_that_names_itself_late_is_told_from_then_on) {
+    if (!std::getenv("DISPLAY")) GTEST_SKIP() << "Wayland windows have their names ahead of all";
+    const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> connection(
+        xcb_connect(nullptr, nullptr), xcb_disconnect);
+    xcb_connection_t* const display = connection.get();
+    const xcb_screen_t* const screen = xcb_setup_roots_iterator(xcb_get_setup(display)).data;
+    const xcb_window_t window = xcb_generate_id(display);
+    xcb_create_window(display, XCB_COPY_FROM_PARENT, window, screen->root, 0, 0, 100, 100, 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual, 0, nullptr);
+    const auto nameItself = [&](std::string_view names) {
+        xcb_change_property(display, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_CLASS,
+                            XCB_ATOM_STRING, 8, static_cast<std::uint32_t>(names.size()),
+                            names.data());
+        xcb_flush(display);
+    };
+    WindowProcess editorProcess(editor);
+    expectInFront(editor, "default");
+    xcb_map_window(display, window);
+    xcb_flush(display);
+    expectInFront(std::nullopt, "default");
+    using std::string_view_literals::operator""sv;
+    nameItself("game\0Org.Example.Game\0"sv);
+    expectInFront(game, "game");
+}
+
+TEST_F(SessionTest, a_service_that_ends_takes_its_connection_and_its_thread_with_it) {
+    WindowProcess editorProcess(editor);
+    expectInFront(editor, "default");
+    const testing::NoLeakedResources check;
+    for (int round = 0; round < 20; ++round) {
+        const LinuxWorkspaceService other(dispatcher, LinuxWorkspaceService::Displays::current());
+        if (round % 2 == 0) continue;  // ended as it begins
+        EXPECT_TRUE(comesTrue([&] { return other.frontmostBundleID() == editor; }));
+    }
+}
 
 TEST_F(SessionTest, the_profile_follows_the_windows_and_outlives_the_display) {
     expectInFront(std::nullopt, "default");
