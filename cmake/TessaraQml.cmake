@@ -3,10 +3,10 @@
 # calls its registration (see InterfaceEngine); there is no plugin. The code that Qt's tools generate
 # for it is not held to our warnings, what we write by hand is.
 # USES are the QML modules whose types its C++ types are derived from or made of.
-set(QT_QML_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/qml")
-
 function(tessara_qml_module name uri)
   cmake_parse_arguments(ARG "" "" "SOURCES;QML;USES;PUBLIC;PRIVATE" ${ARGN})
+  # One folder for all of them, so that the linter of one finds the others.
+  set(QT_QML_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/qml")
   add_library(${name} STATIC)
   set_target_properties(${name} PROPERTIES AUTOMOC ON)
   set(options "")

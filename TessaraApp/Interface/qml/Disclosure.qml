@@ -23,7 +23,6 @@ ColumnLayout {
         checked: disclosure.isOpen
         onCheckedChanged: disclosure.isOpen = checked
         opacity: enabled ? 1 : 0.45
-        Accessible.role: Accessible.Button
         Accessible.name: text
         Accessible.checkable: true
         Accessible.checked: checked
@@ -51,7 +50,7 @@ ColumnLayout {
         background: Rectangle {
             radius: 6
             color: head.hovered ? Theme.colors.fieldHovered : "transparent"
-            FocusRing { control: head }
+            FocusRing { shown: head.visualFocus }
         }
     }
     Section {

@@ -12,7 +12,10 @@ RowLayout {
     Layout.fillWidth: true
     spacing: 10
 
-    Label { text: row.scope.title }
+    Label {
+        text: row.scope.title
+        Accessible.ignored: true
+    }
     ComboBox {
         text: row.scope.title
         model: row.scope.names

@@ -32,6 +32,7 @@ ColumnLayout {
                 id: list
                 anchors { fill: parent; margins: 1 }
                 clip: true
+                currentIndex: -1
                 activeFocusOnTab: true
                 boundsBehavior: Flickable.StopAtBounds
                 model: view.preview.rows

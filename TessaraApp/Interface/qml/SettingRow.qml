@@ -30,6 +30,7 @@ ColumnLayout {
         Label {
             Layout.fillWidth: true
             text: row.setting.title
+            Accessible.ignored: true
             elide: Text.ElideRight
             opacity: row.enabled ? 1 : 0.5
         }

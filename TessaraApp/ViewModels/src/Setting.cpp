@@ -91,6 +91,10 @@ void SliderSetting::slideTo(double position) {
     write(range_.from + std::round((position - range_.from) / range_.step) * range_.step);
 }
 
+void SliderSetting::setTo(double value) {
+    if (value != value_) write(value);
+}
+
 void SliderSetting::stepUp() {
     write(value_ + range_.precisionStep);
 }

@@ -31,6 +31,6 @@ T.Button {
                : (control.down ? Theme.colors.fieldPressed
                                : control.hovered ? Theme.colors.fieldHovered : Theme.colors.field)
         border { width: control.highlighted ? 0 : 1; color: Theme.colors.border }
-        FocusRing { control: control }
+        FocusRing { shown: control.visualFocus }
     }
 }

@@ -15,9 +15,11 @@ T.ComboBox {
     rightPadding: 32
     font.pixelSize: Theme.bodySize
     opacity: enabled ? 1 : 0.45
-    Accessible.role: Accessible.ComboBox
     Accessible.name: text
-    Accessible.onPressAction: popup.open()
+    Accessible.onPressAction: {
+        control.forceActiveFocus();
+        popup.open();
+    }
 
     /// As wide as the widest of the texts, so that it keeps its width when another is chosen.
     Item {
@@ -56,7 +58,7 @@ T.ComboBox {
         color: control.down ? Theme.colors.fieldPressed
                             : control.hovered ? Theme.colors.fieldHovered : Theme.colors.field
         border { width: 1; color: Theme.colors.border }
-        FocusRing { control: control }
+        FocusRing { shown: control.visualFocus }
     }
     delegate: ItemDelegate {
         required property string modelData

@@ -1,15 +1,14 @@
 import QtQuick
-import QtQuick.Templates as T
 import Tessara.Style
 
-/// The ring around a control that has the keyboard's focus.
+/// The ring around a control, its parent, that has the keyboard's focus.
 Rectangle {
-    required property T.Control control
+    required property bool shown
 
     anchors.fill: parent
     anchors.margins: -3
     color: "transparent"
     border { width: 2; color: Theme.colors.accent }
     radius: 8
-    visible: control.visualFocus
+    visible: shown
 }

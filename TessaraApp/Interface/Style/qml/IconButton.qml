@@ -26,7 +26,7 @@ T.Button {
         radius: 6
         color: control.down ? Theme.colors.fieldPressed
                             : control.hovered ? Theme.colors.accentWash : "transparent"
-        FocusRing { control: control }
+        FocusRing { shown: control.visualFocus }
     }
     ToolTip {
         text: control.text

@@ -9,6 +9,7 @@ T.ScrollBar {
     implicitWidth: 10
     implicitHeight: 10
     padding: 2
+    Accessible.ignored: true
     minimumSize: 0.1
     visible: size < 1
     contentItem: Rectangle {

@@ -6,13 +6,20 @@ import Tessara.Style
 T.Slider {
     id: control
 
+    /// The user wants one of the ends.
+    signal jumped(real target)
+
     implicitWidth: 200
     implicitHeight: 24
     snapMode: T.Slider.SnapAlways
     opacity: enabled ? 1 : 0.45
-    Accessible.role: Accessible.Slider
     Accessible.onIncreaseAction: control.increase()
     Accessible.onDecreaseAction: control.decrease()
+    Keys.onPressed: event => {
+        event.accepted = event.key === Qt.Key_Home || event.key === Qt.Key_End;
+        if (event.accepted)
+            control.jumped(event.key === Qt.Key_Home ? control.from : control.to);
+    }
 
     background: Rectangle {
         x: control.leftPadding
@@ -36,6 +43,6 @@ T.Slider {
         radius: 10
         color: Theme.colors.knob
         border { width: 1; color: control.pressed ? Theme.colors.accent : Theme.colors.border }
-        FocusRing { control: control; radius: 13 }
+        FocusRing { shown: control.visualFocus; radius: 13 }
     }
 }

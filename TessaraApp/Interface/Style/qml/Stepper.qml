@@ -2,13 +2,16 @@ import QtQuick
 import QtQuick.Templates as T
 import Tessara.Style
 
-/// Two small buttons that go one step down or up. `text` is its accessible name, `valueText` its
-/// accessible value; up and down arrows step, too.
-T.Control {
+/// Two small buttons that go one step down or up; the arrow keys do, too. `text` is its accessible
+/// name and `valueText` what a screen reader says of the value. A screen reader sets `value` itself.
+Item {
     id: control
 
     property string text
     property string valueText
+    property real value
+    property real from
+    property real to
     property bool canStepUp: true
     property bool canStepDown: true
     signal stepUp
@@ -16,7 +19,7 @@ T.Control {
 
     implicitWidth: 52
     implicitHeight: 26
-    focusPolicy: Qt.StrongFocus
+    activeFocusOnTab: true
     opacity: enabled ? 1 : 0.45
     Accessible.role: Accessible.SpinBox
     Accessible.name: text
@@ -49,20 +52,21 @@ T.Control {
         }
     }
 
-    contentItem: Row {
-        Half { symbol: "minus"; enabled: control.canStepDown; onClicked: control.stepDown() }
-        Half { symbol: "plus"; enabled: control.canStepUp; onClicked: control.stepUp() }
-    }
-    background: Rectangle {
+    Rectangle {
+        anchors.fill: parent
         radius: 6
         color: Theme.colors.field
         border { width: 1; color: Theme.colors.border }
-        Rectangle {
-            anchors.centerIn: parent
-            width: 1
-            height: 14
-            color: Theme.colors.border
-        }
-        FocusRing { control: control }
+        FocusRing { shown: control.activeFocus }
+    }
+    Rectangle {
+        anchors.centerIn: parent
+        width: 1
+        height: 14
+        color: Theme.colors.border
+    }
+    Row {
+        Half { symbol: "minus"; enabled: control.canStepDown; onClicked: control.stepDown() }
+        Half { symbol: "plus"; enabled: control.canStepUp; onClicked: control.stepUp() }
     }
 }

@@ -9,7 +9,6 @@ T.Switch {
     implicitWidth: 40
     implicitHeight: 24
     opacity: enabled ? 1 : 0.45
-    Accessible.role: Accessible.CheckBox
     Accessible.name: text
     Accessible.checkable: true
     Accessible.checked: checked
@@ -35,6 +34,6 @@ T.Switch {
         }
     }
     background: Item {
-        FocusRing { control: control; radius: 15 }
+        FocusRing { shown: control.visualFocus; radius: 15 }
     }
 }

@@ -8,7 +8,6 @@ T.TabBar {
     implicitWidth: contentWidth + leftPadding + rightPadding
     implicitHeight: contentHeight + topPadding + bottomPadding
     spacing: 4
-    Accessible.role: Accessible.PageTabList
 
     contentItem: ListView {
         model: control.contentModel

@@ -12,7 +12,6 @@ T.TabButton {
     implicitWidth: 84
     implicitHeight: 54
     opacity: Window.active ? 1 : 0.6
-    Accessible.role: Accessible.PageTab
     Accessible.name: text
     Accessible.selectable: true
     Accessible.selected: checked
@@ -37,6 +36,6 @@ T.TabButton {
         radius: 8
         color: control.checked ? Theme.colors.accentWash
                                : control.hovered ? Theme.colors.fieldHovered : "transparent"
-        FocusRing { control: control }
+        FocusRing { shown: control.visualFocus }
     }
 }

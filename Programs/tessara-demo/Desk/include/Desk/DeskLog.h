@@ -29,7 +29,7 @@ class DeskLog : public QAbstractListModel {
     /// Adds an event to the last line, where it goes on with what that tells, or as a line of its
     /// own.
     void append(const QString& application, const CGEvent& event);
-    void clear();
+    Q_INVOKABLE void clear();
 
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
     /// The line's text, as the display role.

@@ -134,6 +134,7 @@ class SliderSetting : public tessara::Setting {
     Q_PROPERTY(double from READ from CONSTANT)
     Q_PROPERTY(double to READ to CONSTANT)
     Q_PROPERTY(double step READ step CONSTANT)
+    Q_PROPERTY(double value READ value NOTIFY valueChanged)
     Q_PROPERTY(double position READ position NOTIFY valueChanged)
     Q_PROPERTY(QString text READ text NOTIFY valueChanged)
     Q_PROPERTY(bool canStepUp READ canStepUp NOTIFY valueChanged)
@@ -166,6 +167,8 @@ class SliderSetting : public tessara::Setting {
 
     /// The slider was moved: writes the nearest of its steps. Nothing when it stands there already.
     Q_INVOKABLE void slideTo(double position);
+    /// The value itself was set: writes it, limited to the range. Nothing when it is that already.
+    Q_INVOKABLE void setTo(double value);
     Q_INVOKABLE void stepUp();
     Q_INVOKABLE void stepDown();
     void reset() override;
