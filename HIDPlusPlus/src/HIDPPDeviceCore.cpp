@@ -30,7 +30,7 @@ HIDPPDeviceCore::HIDPPDeviceCore(HIDPPDeviceMatch match,
                                  std::shared_ptr<const HIDPPRunLoop> runLoop)
     : match_(match),
       runLoop_(std::move(runLoop)),
-      queue_(runLoop_->makeDeviceQueue()),
+      queue_(runLoop_->queue()),
       requestSettings_(std::make_shared<HIDPPRequestSettings>()) {}
 
 HIDPPDeviceCore::~HIDPPDeviceCore() {

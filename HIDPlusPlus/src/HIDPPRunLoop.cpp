@@ -11,9 +11,4 @@ std::shared_ptr<DispatchQueue> HIDPPRunLoop::makeSendQueue() const {
     return dispatcher_.makeQueue("ai.corvane.tessara.hidpp.send", QualityOfService::userInitiated);
 }
 
-std::shared_ptr<DispatchQueue> HIDPPRunLoop::makeDeviceQueue() const {
-    return dispatcher_.makeQueue("ai.corvane.tessara.hidpp.device",
-                                 QualityOfService::userInitiated);
-}
-
 }  // namespace tessara

@@ -196,7 +196,7 @@ class MotionSender {
                   while (i - received >= window)
                       std::this_thread::yield();
                   std::this_thread::sleep_until(due);
-                  due = std::max(due + interval, std::chrono::steady_clock::now());
+                  due += interval;
                   pointer.move(xOf(i), yOf(i));
               }
           }) {}
@@ -231,8 +231,8 @@ TEST(Input, no_motion_is_merged_or_lost_or_out_of_order_at_any_rate) {
             ASSERT_EQ(frame->sumOf(EV_REL, REL_Y), 3 * MotionSender::yOf(i)) << i;
         }
         const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begin;
-        printf("%d reports in %.2f s, for %.2f s\n", MotionSender::count, taken.count(),
-               MotionSender::count * std::chrono::duration<double>(interval).count());
+        std::printf("%d reports in %.2f s, for %.2f s\n", MotionSender::count, taken.count(),
+                    MotionSender::count * std::chrono::duration<double>(interval).count());
     }
     EXPECT_THAT(desk.notices(), IsEmpty());
 }

@@ -33,10 +33,11 @@ class HIDTransport;
 /// whether or not it is plugged in, and kept. It is not a way to the mouse's pointer, buttons or
 /// wheel, which work without it and beside it.
 ///
-/// The device has a queue of its own, on which all of its state lives. Operations are coroutines
-/// that may be awaited from any executor: each runs on the device's queue and resumes its caller on
-/// the caller's executor. An operation that was begun runs to its end; cancelling the caller does
-/// not cancel it. Operations interleave where they wait; the requests of each stay in order.
+/// All of the device's state lives on the run loop's queue, called the device's here. Operations
+/// are coroutines that may be awaited from any executor: each runs on the device's queue and
+/// resumes its caller on the caller's executor. An operation that was begun runs to its end;
+/// cancelling the caller does not cancel it. Operations interleave where they wait; the requests of
+/// each stay in order.
 ///
 /// Besides what is said with each operation, every one that talks to the mouse can fail with:
 /// `NotConnected` without a connection or when it ends meanwhile; `DeviceRemoved` when the mouse

@@ -8,8 +8,11 @@ namespace tessara {
 
 class HIDTransport;
 
-/// The one context on which every link of a process does its work, and the platform it works with.
-/// Made once, in `main` or in a test, and shared by all devices.
+/// The one context on which every link and every device of a process does its work, and the
+/// platform it works with. Made once, in `main` or in a test, and shared by all devices.
+///
+/// Devices have no thread of their own beside it: a request and its reply would then change threads
+/// six times instead of four, and each change costs more than all of the client's work.
 ///
 /// Nothing blocks here: a write, which may take as long as the device pleases, goes to the send
 /// queue of its link, so that a stuck write never delays the report that answers it.
@@ -26,9 +29,6 @@ class HIDPPRunLoop {
 
     /// A queue of its own for the writes of one link. Any thread.
     std::shared_ptr<DispatchQueue> makeSendQueue() const;
-
-    /// A queue of its own for the state of one device. Any thread.
-    std::shared_ptr<DispatchQueue> makeDeviceQueue() const;
 
     HIDTransport& transport() const { return transport_; }
 

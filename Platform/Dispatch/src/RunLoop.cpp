@@ -83,7 +83,13 @@ void RunLoop::addNow(DispatchQueue::Block block) {
         if (wakeUp_ == atWork) return;
         wakeUp_ = atWork;
     }
-    wake();
+    // The loop's own thread comes here from a descriptor that is ready and not from a block, for
+    // then it is at work: it need not go through the system once more.
+    if (isCurrent()) {
+        runDue();
+    } else {
+        wake();
+    }
 }
 
 void RunLoop::wake() {
