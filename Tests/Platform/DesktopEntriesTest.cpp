@@ -1,14 +1,13 @@
-#include <array>
 #include <cstdlib>
 #include <regex>
 #include <thread>
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <poll.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 
+#include "NamedPipe.h"
 #include "Platform/Dispatch/ThreadedDispatcher.h"
 #include "Platform/Linux/DesktopEntries.h"
 #include "Platform/Linux/FileDescriptor.h"
@@ -81,25 +80,10 @@ TEST(DesktopEntries, what_is_installed_is_known_by_its_files_name_and_place) {
     EXPECT_FALSE(DesktopEntries::launch("/nowhere/editor.desktop"));
 }
 
-/// Everything that comes through a pipe up to a line "end".
-std::string readToEnd(const FileDescriptor& pipe) {
-    std::string text;
-    while (!text.ends_with("end\n")) {
-        pollfd readable{.fd = pipe.get(), .events = POLLIN, .revents = 0};
-        if (::poll(&readable, 1, 30000) != 1) return text + "(no more came)";
-        std::array<char, 512> bytes{};
-        const auto count = ::read(pipe.get(), bytes.data(), bytes.size());
-        if (count > 0) text.append(bytes.data(), static_cast<std::size_t>(count));
-    }
-    return text;
-}
-
 TEST(DesktopEntries, programs_start_on_their_own_whoever_starts_them) {
     const TemporaryFolder folder;
     const std::string pipePath = folder.path("pipe");
-    ASSERT_EQ(::mkfifo(pipePath.c_str(), 0600), 0);
-    const auto pipe = FileDescriptor::open(pipePath, O_RDWR | O_NONBLOCK);
-    ASSERT_TRUE(pipe);
+    const NamedPipe pipe(pipePath);
     // It tells which signals are blocked, before the shell has changed that for its children; its
     // number and its session's; and its descriptors.
     const std::string text =
@@ -121,7 +105,7 @@ TEST(DesktopEntries, programs_start_on_their_own_whoever_starts_them) {
             if (isShortcut) return shortcuts.runShortcut("tool");
             EXPECT_TRUE(DesktopEntries::launch(DesktopEntries::find("tool")->location));
         });
-        const std::string told = readToEnd(*pipe);
+        const std::string told = pipe.readToEnd();
         SCOPED_TRACE(isShortcut ? "a Shortcut" : "an application");
         EXPECT_TRUE(std::regex_search(told, std::regex("^SigBlk:\t0+\n([0-9]+) \\1\n"))) << told;
         EXPECT_THAT(told, Not(HasSubstr("/dev/full")));

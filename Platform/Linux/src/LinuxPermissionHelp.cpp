@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 #include <glib.h>
+#include <sys/wait.h>
 
 #include "DetachedChild.h"
 #include "Platform/Linux/LinuxPermissionService.h"
@@ -56,12 +57,17 @@ std::string LinuxPermissionHelp::command() const {
 }
 
 void LinuxPermissionHelp::grant() {
+    const bool isAsking = asker_ != 0 && ::waitpid(asker_, nullptr, WNOHANG) == 0;
+    if (isAsking) return;
+    asker_ = 0;
     std::string asker = "pkexec";
     std::string program = grantProgram_;
     std::array<char*, 3> arguments{asker.data(), program.data(), nullptr};
+    // A child of this process's own: pkexec asks on behalf of its parent, and refuses an orphan.
+    const int flags = detachedSpawnFlags() | G_SPAWN_DO_NOT_REAP_CHILD;
     g_spawn_async(/*working_directory=*/nullptr, arguments.data(), /*envp=*/nullptr,
-                  static_cast<GSpawnFlags>(detachedSpawnFlags()), detachChild,
-                  /*user_data=*/nullptr, /*child_pid=*/nullptr, /*error=*/nullptr);
+                  static_cast<GSpawnFlags>(flags), detachChild,
+                  /*user_data=*/nullptr, &asker_, /*error=*/nullptr);
 }
 
 }  // namespace tessara

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include <sys/types.h>
+
 #include "Platform/PermissionHelp.h"
 
 namespace tessara {
@@ -27,6 +29,8 @@ class LinuxPermissionHelp final : public PermissionHelp {
   private:
     const LinuxPermissionService& permissions_;
     const std::string grantProgram_;
+    /// pkexec while it asks, or since; 0 when there is none to be waited for.
+    pid_t asker_ = 0;
 };
 
 }  // namespace tessara
