@@ -21,7 +21,7 @@ struct Key {
 inline constexpr std::size_t catalogueKeyCount = 98;
 inline constexpr std::size_t modifierKeyCount = 9;
 /// Keys that no list offers, but a keyboard may have and the user press.
-inline constexpr std::size_t furtherKeyCount = 12;
+inline constexpr std::size_t furtherKeyCount = 13;
 
 inline constexpr std::array<Key, catalogueKeyCount + modifierKeyCount + furtherKeyCount> keys{{
     // letters
@@ -150,7 +150,8 @@ inline constexpr std::array<Key, catalogueKeyCount + modifierKeyCount + furtherK
     {93, KEY_YEN},
     {94, KEY_RO},
     {95, KEY_KPCOMMA},
-    {104, KEY_HANGEUL},
+    {102, KEY_HANJA},    // Eisu
+    {104, KEY_HANGEUL},  // Kana
     {110, KEY_COMPOSE},
 }};
 
