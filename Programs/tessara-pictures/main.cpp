@@ -13,35 +13,71 @@
 #include <fmt/core.h>
 
 #include "AppWiring/SimulatedAppHost.h"
+#include "Desk/DeskModel.h"
+#include "Desk/DeskProgram.h"
 #include "Platform/Dispatch/ManualDispatcher.h"
+#include "Platform/PermissionHelp.h"
 #include "TessaraApp/AppModel.h"
 #include "TessaraApp/Interface/InterfaceEngine.h"
+#include "TessaraApp/ViewModels/OnboardingViewModel.h"
 #include "TessaraApp/ViewModels/SettingsViewModel.h"
 
 namespace tessara {
 namespace {
 
+/// A system without pages for permissions, where everything is missing but one thing.
+class MissingRights final : public PermissionHelp {
+  public:
+    [[nodiscard]] std::vector<PermissionFinding> findings() const override {
+        return {
+            {"/dev/uinput may not be written by you, so Tessara cannot send scrolling, keys and "
+             "buttons.",
+             false},
+            {"/dev/input/event7 may not be used by you, so Tessara cannot see the mouse's "
+             "wheel, buttons and movement.",
+             false},
+            {"Tessara can read and set the mouse's resolution.", true}};
+    }
+    [[nodiscard]] std::string command() const override {
+        return "sudo /usr/libexec/tessara/tessara-grant-access";
+    }
+    void grant() override {}
+};
+
 /// A running application in front of which a window is photographed.
 struct Scene {
     ManualDispatcher dispatcher{TimePoint(std::chrono::seconds(1))};
     SimulatedAppHost host{dispatcher};
+    MissingRights help;
     std::unique_ptr<AppModel> model;
     std::unique_ptr<SettingsViewModel> settings;
+    std::unique_ptr<OnboardingViewModel> onboarding;
+    std::unique_ptr<DeskModel> desk;
 
-    void start() {
+    /// The Desk brings applications and mouse of its own.
+    void start(bool hasDesk) {
+        if (hasDesk) desk = std::make_unique<DeskModel>(host);
         model = std::make_unique<AppModel>(host.appPlatform());
         model->start();
-        dispatcher.advance(std::chrono::seconds(5));
+        advance();
         settings = std::make_unique<SettingsViewModel>(*model);
+        onboarding =
+            std::make_unique<OnboardingViewModel>(*model, host.mainQueue, &help, [](auto) {});
     }
 
+    void advance() { dispatcher.advance(std::chrono::seconds(5)); }
+
     ~Scene() {
+        desk.reset();
+        onboarding.reset();
         settings.reset();
         model.reset();
         dispatcher.advance(std::chrono::seconds(20));
         dispatcher.discard();
     }
 };
+
+enum class Shown { settings, onboarding, desk };
 
 struct Picture {
     QString name;
@@ -50,8 +86,7 @@ struct Picture {
     std::function<void(Scene&)> adjust;
     /// Where the page is scrolled to: 0 for its top, 1 for its end.
     double scrolledTo = 0;
-    /// What has the keyboard's focus, by its accessible name; empty for nothing.
-    QString focus = {};
+    Shown shown = Shown::settings;
 };
 
 void mouseIsIn(Scene& scene) {
@@ -61,9 +96,38 @@ void mouseIsIn(Scene& scene) {
     scene.host.plugInMouse();
 }
 
+void nothingIsGranted(Scene& scene) {
+    mouseIsIn(scene);
+    scene.host.desktop.permissions().revokeAccessibility();
+    scene.host.desktop.permissions().revokeInputMonitoring();
+}
+
+void goTo(Scene& scene, OnboardingViewModel::Step step) {
+    while (scene.onboarding->step() < step)
+        scene.onboarding->advance();
+}
+
+void workTheMouse(Scene& scene) {
+    DeskModel& desk = *scene.desk;
+    for (const int lines : {-1, -1, -1, 1}) {
+        desk.spin(lines);
+        scene.advance();
+    }
+    desk.move(14, -6);
+    desk.click(3);
+    scene.advance();
+    desk.bringToFront(1);
+    desk.spin(2);
+    scene.advance();
+    desk.setInputMonitoring(false);
+}
+
 std::vector<Picture> allPictures() {
     const auto selects = [](SettingsViewModel::Tab tab) {
         return [tab](Scene& scene) { scene.settings->setSelectedTab(static_cast<int>(tab)); };
+    };
+    const auto goesTo = [](OnboardingViewModel::Step step) {
+        return [step](Scene& scene) { goTo(scene, step); };
     };
     const auto nothing = [](Scene&) {};
     const auto edits = [](const std::function<void(ScrollSettings&)>& change) {
@@ -90,6 +154,22 @@ std::vector<Picture> allPictures() {
              scene.host.files.putFile(SimulatedAppHost::configPath, "{ this is no document");
          },
          [](Scene& scene) { scene.model->setPausedByUser(true); }},
+        {"no-tray", mouseIsIn, [](Scene& scene) { scene.settings->setHasTray(false); }},
+        {"onboarding-welcome", mouseIsIn, nothing, 0, Shown::onboarding},
+        {"onboarding-input-monitoring", nothingIsGranted,
+         goesTo(OnboardingViewModel::inputMonitoring), 0, Shown::onboarding},
+        {"onboarding-help", nothingIsGranted,
+         [](Scene& scene) {
+             goTo(scene, OnboardingViewModel::inputMonitoring);
+             scene.onboarding->openSettings();
+         },
+         1, Shown::onboarding},
+        {"onboarding-accessibility", mouseIsIn, goesTo(OnboardingViewModel::accessibility), 0,
+         Shown::onboarding},
+        {"onboarding-done", mouseIsIn, goesTo(OnboardingViewModel::done), 0, Shown::onboarding},
+        {"onboarding-missing", nothingIsGranted, goesTo(OnboardingViewModel::done), 0,
+         Shown::onboarding},
+        {"desk", nothing, workTheMouse, 0, Shown::desk},
     };
 }
 
@@ -98,19 +178,37 @@ QList<QQuickItem*> pagesOf(QQuickWindow& window) {
     return window.findChildren<QQuickItem*>(QStringLiteral("page"));
 }
 
+std::unique_ptr<QQuickWindow> makeWindow(InterfaceEngine& engine, Shown shown, const Scene& scene) {
+    switch (shown) {
+        case Shown::settings:
+            break;
+        case Shown::onboarding:
+            return engine.makeWindow(
+                QStringLiteral("OnboardingView"),
+                {{QStringLiteral("onboarding"), QVariant::fromValue(scene.onboarding.get())}});
+        case Shown::desk:
+            return engine.makeWindow(
+                QStringLiteral("DeskWindow"),
+                {{QStringLiteral("desk"), QVariant::fromValue(scene.desk.get())}},
+                QStringLiteral("Tessara.Desk"));
+    }
+    return engine.makeWindow(
+        QStringLiteral("SettingsRootView"),
+        {{QStringLiteral("settings"), QVariant::fromValue(scene.settings.get())}});
+}
+
+/// The window's size is its own when `size` is empty.
 void draw(const Picture& picture, Theme::Appearance appearance, QSize size, const QDir& folder) {
     Scene scene;
     picture.prepare(scene);
-    scene.start();
+    scene.start(picture.shown == Shown::desk);
     picture.adjust(scene);
 
     InterfaceEngine engine;
     engine.theme().setAppearance(appearance);
     engine.theme().setMotionMillis(0);
-    const auto window = engine.makeWindow(
-        QStringLiteral("SettingsRootView"),
-        {{QStringLiteral("settings"), QVariant::fromValue(scene.settings.get())}});
-    window->resize(size);
+    const auto window = makeWindow(engine, picture.shown, scene);
+    if (!size.isEmpty()) window->resize(size);
     window->show();
     QCoreApplication::processEvents();
     for (QQuickItem* page : pagesOf(*window)) {
@@ -122,13 +220,25 @@ void draw(const Picture& picture, Theme::Appearance appearance, QSize size, cons
     const QString name =
         QStringLiteral("%1-%2-%3x%4.png")
             .arg(picture.name, appearance == Theme::Appearance::dark ? "dark" : "light")
-            .arg(size.width())
-            .arg(size.height());
+            .arg(window->width())
+            .arg(window->height());
     if (!window->grabWindow().save(folder.filePath(name))) {
         fmt::print(stderr, "tessara-pictures: cannot write {}\n",
                    folder.filePath(name).toStdString());
         std::exit(1);
     }
+}
+
+std::vector<QSize> sizesOf(Shown shown) {
+    switch (shown) {
+        case Shown::settings:
+            return {QSize(720, 520), QSize(1280, 900)};
+        case Shown::desk:
+            return {QSize(720, 560), QSize(1280, 900)};
+        case Shown::onboarding:
+            break;
+    }
+    return {QSize()};
 }
 
 }  // namespace
@@ -139,6 +249,7 @@ int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("QT_QUICK_BACKEND", "software");
     const QGuiApplication application(argc, argv);
+    registerDeskTypes();
     const QStringList arguments = QCoreApplication::arguments();
     if (arguments.size() < 2) {
         fmt::print(stderr, "usage: tessara-pictures FOLDER [NAME...]\n");
@@ -154,7 +265,7 @@ int main(int argc, char** argv) {
     for (const Picture& picture : allPictures()) {
         if (!wanted.isEmpty() && !wanted.contains(picture.name)) continue;
         for (const auto appearance : {Theme::Appearance::light, Theme::Appearance::dark})
-            for (const QSize size : {QSize(720, 520), QSize(1280, 900)})
+            for (const QSize size : sizesOf(picture.shown))
                 draw(picture, appearance, size, folder);
     }
     return 0;

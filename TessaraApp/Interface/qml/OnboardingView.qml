@@ -12,7 +12,7 @@ T.ApplicationWindow {
     required property OnboardingViewModel onboarding
 
     width: 640
-    height: 600
+    height: 520
     minimumWidth: width
     maximumWidth: width
     minimumHeight: height
@@ -64,13 +64,14 @@ T.ApplicationWindow {
             Label {
                 Layout.fillWidth: true
                 text: window.onboarding.title
-                font { pixelSize: Theme.titleSize * 1.5; weight: Font.DemiBold }
+                font { pixelSize: Theme.headlineSize; weight: Font.DemiBold }
                 wrapMode: Text.WordWrap
                 Accessible.role: Accessible.Heading
             }
             Explain { text: window.onboarding.progressText }
         }
         ScrollView {
+            objectName: "page"
             Layout.fillWidth: true
             Layout.fillHeight: true
             ColumnLayout {

@@ -19,8 +19,8 @@ ColumnLayout {
     Rectangle {
         // On the card's own edge above the first row, halfway between two others.
         Layout.fillWidth: true
-        Layout.topMargin: -13
-        Layout.bottomMargin: 8
+        Layout.topMargin: -14
+        Layout.bottomMargin: 9
         implicitHeight: 1
         color: Theme.colors.separator
     }

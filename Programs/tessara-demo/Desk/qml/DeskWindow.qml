@@ -15,7 +15,7 @@ T.ApplicationWindow {
     width: 760
     height: 560
     minimumWidth: 720
-    minimumHeight: 520
+    minimumHeight: 560
     title: desk.windowTitle
     color: Theme.colors.window
 

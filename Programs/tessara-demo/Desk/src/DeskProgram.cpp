@@ -15,14 +15,18 @@ void qml_register_types_Tessara_Desk();
 
 namespace tessara {
 
+void registerDeskTypes() {
+    void (*volatile kept)() = &qml_register_types_Tessara_Desk;
+    static_cast<void>(kept);
+}
+
 int runDesk(int argc, char** argv) {
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Tessara Demo"));
     QApplication::setDesktopFileName(QStringLiteral("ai.tessara.TessaraDemo"));
     // The way out is to close the Desk.
     QApplication::setQuitOnLastWindowClosed(false);
-    void (*volatile kept)() = &qml_register_types_Tessara_Desk;
-    static_cast<void>(kept);
+    registerDeskTypes();
 
     SingleInstance instance(QStringLiteral("ai.tessara.TessaraDemo"));
     if (!instance.claim()) return 0;

@@ -21,6 +21,7 @@ Theme::Theme(QObject* parent)
       bodySize_(textSize(1)),
       smallSize_(textSize(0.9)),
       titleSize_(textSize(1.15)),
+      headlineSize_(textSize(1.7)),
       fixedFamily_(QFontDatabase::systemFont(QFontDatabase::FixedFont).family()),
       colors_(&ThemeColors::light()) {
     connect(system_.get(), &SystemAppearance::isDarkChanged, this, &Theme::update);

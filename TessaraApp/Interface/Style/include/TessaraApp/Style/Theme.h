@@ -24,6 +24,7 @@ class Theme : public QObject {
     Q_PROPERTY(int bodySize READ bodySize CONSTANT)
     Q_PROPERTY(int smallSize READ smallSize CONSTANT)
     Q_PROPERTY(int titleSize READ titleSize CONSTANT)
+    Q_PROPERTY(int headlineSize READ headlineSize CONSTANT)
     Q_PROPERTY(QString fixedFamily READ fixedFamily CONSTANT)
     Q_PROPERTY(int motionMillis READ motionMillis NOTIFY motionMillisChanged)
 
@@ -42,6 +43,7 @@ class Theme : public QObject {
     [[nodiscard]] int bodySize() const { return bodySize_; }
     [[nodiscard]] int smallSize() const { return smallSize_; }
     [[nodiscard]] int titleSize() const { return titleSize_; }
+    [[nodiscard]] int headlineSize() const { return headlineSize_; }
     /// The system's font whose characters are all of one width.
     [[nodiscard]] QString fixedFamily() const { return fixedFamily_; }
 
@@ -60,6 +62,7 @@ class Theme : public QObject {
     const int bodySize_;
     const int smallSize_;
     const int titleSize_;
+    const int headlineSize_;
     const QString fixedFamily_;
     Appearance appearance_ = Appearance::system;
     const ThemeColors* colors_;
