@@ -4,7 +4,6 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
-#include <set>
 #include <utility>
 
 #include <fmt/format.h>
@@ -125,8 +124,7 @@ void EvdevTap::receiveDevices() {
         const UdevDevice& device = **announced;
         if (device.action() == "remove") {
             // What is open hears of it by itself.
-            const std::uint64_t id = inputDeviceID(device.sysPath()).value_or(0);
-            if (unopened_.erase(id) != 0) circumstances_->setRefusal(id, std::nullopt);
+            if (const auto id = inputDeviceID(device.sysPath())) forget(*id);
         } else if (const auto described = describeInputDevice(device)) {
             appear(*described);
         }
@@ -136,13 +134,16 @@ void EvdevTap::receiveDevices() {
 
 void EvdevTap::rescan() {
     if (!udev_) return;
-    std::set<std::uint64_t> present;
-    for (const InputDevice& device : inputDevices(*udev_)) {
-        present.insert(device.id);
+    for (const auto& [id, device] : std::map(unopened_))
+        forget(id);  // those that are still there come again
+    for (const InputDevice& device : inputDevices(*udev_))
         appear(device);
-    }
-    std::erase_if(unopened_, [&](const auto& entry) { return !present.contains(entry.first); });
     retryAsNeeded();
+}
+
+void EvdevTap::forget(std::uint64_t id) {
+    unopened_.erase(id);
+    circumstances_->setRefusal(id, std::nullopt);
 }
 
 void EvdevTap::appear(const InputDevice& device) {
@@ -250,7 +251,8 @@ bool EvdevTap::mayGrab() {
 void EvdevTap::retry() {
     if (!udev_) return;
     if (hasOutputFailed_) hasOutputFailed_ = !circumstances_->output->open();
-    if (!hasOutputFailed_) circumstances_->setRefusal(0, std::nullopt);
+    if (!hasOutputFailed_)
+        noteOutput(circumstances_->virtualMouseSeen == 0 ? "has not been announced" : nullptr);
     for (const auto& [id, device] : std::exchange(unopened_, {}))
         openMouse(device);
     for (const auto& [id, mouse] : mice_)
@@ -276,6 +278,13 @@ void EvdevTap::refuse(const InputDevice& device, const char* what, int error) {
         TapCircumstances::Refusal{.what = fmt::format("the mouse at {} {}", device.node, what),
                                   .error = error,
                                   .node = device.node});
+}
+
+void EvdevTap::noteOutput(const char* problem) {
+    std::optional<TapCircumstances::Refusal> refusal;
+    if (problem != nullptr)
+        refusal = {.what = fmt::format("the virtual mouse {}", problem), .error = 0, .node = ""};
+    circumstances_->setRefusal(0, std::move(refusal));
 }
 
 // The events.

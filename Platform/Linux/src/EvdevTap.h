@@ -73,6 +73,7 @@ class EvdevTap : public std::enable_shared_from_this<EvdevTap> {
     void listenForDevices();
     void receiveDevices();
     void appear(const InputDevice& device);
+    void forget(std::uint64_t id);
     void noteVirtualMouse();
 
     void openMouse(const InputDevice& device);
@@ -83,6 +84,7 @@ class EvdevTap : public std::enable_shared_from_this<EvdevTap> {
     void retry();
     void retryAsNeeded();
     void refuse(const InputDevice& device, const char* what, int error);
+    void noteOutput(const char* problem);
 
     void take(Mouse& mouse, Frame frame);
     void passOn(Frame frame);

@@ -29,6 +29,10 @@ class LinuxPlatform {
     [[nodiscard]] EventServices& events();
     [[nodiscard]] HIDEventSystem& hidEvents();
 
+    /// Whether a driver of the kernel's sets the wheel's resolution of one of the mice that are
+    /// plugged in: the program must leave it alone then. Blocks for as long as files of /sys take.
+    [[nodiscard]] bool kernelManagesWheel() const;
+
     /// Hears when the computer wakes, for whoever has told the mouse something that it may have
     /// forgotten.
     [[nodiscard]] SuspendMonitor& suspend();
