@@ -279,11 +279,10 @@ TEST(Input, a_mouse_is_grabbed_only_when_none_of_its_buttons_is_down) {
 TEST(Input, giving_a_mouse_back_leaves_no_button_down_and_the_mouse_as_it_was) {
     Desk desk;
     desk.mouse.plug();
-    EventNode real(desk.mouse.pointer().eventNode());
     desk.decide = [](CGEvent& event) { return !isButton(event, 3); };
     desk.beginTap();
     desk.awaitGrab();
-    static_cast<void>(real.framesUntilQuiet());
+    EventNode real(desk.mouse.pointer().eventNode());
 
     desk.mouse.pointer().press(3);
     desk.mouse.pointer().press(0);
@@ -467,9 +466,9 @@ TEST(Input, a_revoked_mouse_is_let_go_of_told_and_taken_again) {
 TEST(Input, a_virtual_mouse_that_fails_gives_the_mouse_back_until_it_works_again) {
     Desk desk;
     desk.mouse.plug();
-    EventNode real(desk.mouse.pointer().eventNode());
     desk.beginTap();
     desk.awaitGrab();
+    EventNode real(desk.mouse.pointer().eventNode());
     desk.output->mouse.close();
     desk.mouse.pointer().move(1, 0);  // lost: nobody could know
     EXPECT_TRUE(waitFor([&] { return desk.taps.lastRefusal().has_value(); }));
