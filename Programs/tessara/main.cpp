@@ -27,7 +27,7 @@ int main(int argc, char** argv) {
         return misused;
     }
     QApplication::setApplicationName(QStringLiteral("Tessara"));
-    QApplication::setDesktopFileName(QString::fromLatin1(applicationID));
+    QApplication::setDesktopFileName(QStringLiteral("tessara"));
     QApplication::setQuitOnLastWindowClosed(false);
 
     SingleInstance instance(QString::fromLatin1(applicationID));
