@@ -20,12 +20,25 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool hasOpen(const fs::path& process, const fs::path& file) {
+/// Calls `visit` for the entries of a folder, until it has enough or the folder is at its end. One
+/// that goes away in the meantime, as those of processes do, is at its end.
+template <typename Visit>
+void visitEntries(const fs::path& folder, Visit visit) {
     std::error_code error;
-    for (const auto& descriptor : fs::directory_iterator(process / "fd", error)) {
-        if (fs::read_symlink(descriptor.path(), error) == file) return true;
+    fs::directory_iterator entry(folder, error);
+    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+        if (!visit(entry->path())) return;
     }
-    return false;
+}
+
+bool hasOpen(const fs::path& process, const fs::path& file) {
+    bool isFound = false;
+    visitEntries(process / "fd", [&](const fs::path& descriptor) {
+        std::error_code error;
+        isFound = fs::read_symlink(descriptor, error) == file;
+        return !isFound;
+    });
+    return isFound;
 }
 
 std::string words(const TapCircumstances::Refusal& refusal) {
@@ -42,16 +55,17 @@ std::string words(const TapCircumstances::Refusal& refusal) {
 
 std::vector<std::string> processesWithOpenFile(const std::string& path) {
     std::vector<std::string> found;
-    std::error_code error;
-    for (const auto& process : fs::directory_iterator("/proc", error)) {
-        const std::string number = process.path().filename();
-        const bool isProcess = number.find_first_not_of("0123456789") == std::string::npos;
-        if (!isProcess || number == std::to_string(::getpid()) || !hasOpen(process.path(), path))
-            continue;
+    visitEntries("/proc", [&](const fs::path& process) {
+        const std::string number = process.filename();
+        const bool isOther = number.find_first_not_of("0123456789") == std::string::npos &&
+                             number != std::to_string(::getpid());
+        if (!isOther || !hasOpen(process, path)) return true;
         std::string name;
-        std::getline(std::ifstream(process.path() / "comm"), name);
+        std::ifstream stream(process / "comm");
+        std::getline(stream, name);
         found.push_back(fmt::format("{} ({})", name, number));
-    }
+        return true;
+    });
     return found;
 }
 
