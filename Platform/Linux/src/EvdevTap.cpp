@@ -262,7 +262,7 @@ void EvdevTap::retry() {
 
 void EvdevTap::retryAsNeeded() {
     const bool isNeeded =
-        hasOutputFailed_ || !unopened_.empty() ||
+        hasOutputFailed_ || circumstances_->virtualMouseSeen == 0 || !unopened_.empty() ||
         std::ranges::any_of(mice_, [](const auto& entry) { return !entry.second->isGrabbed; });
     if (!isNeeded) {
         retryTimer_.reset();
