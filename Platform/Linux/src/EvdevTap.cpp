@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include "InputEventTime.h"
 #include "Platform/Linux/VirtualDeviceIdentity.h"
 #include "Platform/Linux/VirtualDevices.h"
 
@@ -25,11 +26,6 @@ constexpr auto settlingTime = 200ms;
 bool hasRelease(MouseFrameTranslator::Frame frame) {
     return std::ranges::any_of(
         frame, [](const input_event& event) { return event.type == EV_KEY && event.value == 0; });
-}
-
-std::uint64_t nanoseconds(const input_event& event) {
-    return static_cast<std::uint64_t>(event.input_event_sec) * 1'000'000'000U +
-           static_cast<std::uint64_t>(event.input_event_usec) * 1'000U;
 }
 
 }  // namespace
@@ -296,7 +292,7 @@ void EvdevTap::take(Mouse& mouse, Frame frame) {
         retryAsNeeded();
         return;
     }
-    if (nanoseconds(frame.back()) < mouse.grabbedAtNanos) return;
+    if (nanosecondsOf(frame.back()) < mouse.grabbedAtNanos) return;
     mouse.grabbedAtNanos = 0;
     passOn(mouse.translator.translate(frame, circumstances_->keyboards->flags(), shown_));
 }
@@ -312,9 +308,7 @@ void EvdevTap::outputFailed() {
         ungrab(*mouse);
     circumstances_->output->mouse.close();
     circumstances_->virtualMouseSeen = 0;
-    circumstances_->setRefusal(
-        0, TapCircumstances::Refusal{
-               .what = "the virtual mouse takes no events", .error = 0, .node = ""});
+    noteOutput("takes no events");
     retryAsNeeded();
 }
 

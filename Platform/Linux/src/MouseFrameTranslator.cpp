@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "InputEventTime.h"
 #include "Platform/MouseEvents.h"
 
 namespace tessara {
@@ -26,11 +27,6 @@ bool isScanCode(const input_event& event) {
     return event.type == EV_MSC && event.code == MSC_SCAN;
 }
 
-std::uint64_t nanoseconds(const input_event& event) {
-    return static_cast<std::uint64_t>(event.input_event_sec) * 1'000'000'000U +
-           static_cast<std::uint64_t>(event.input_event_usec) * 1'000U;
-}
-
 }  // namespace
 
 MouseFrameTranslator::MouseFrameTranslator(std::uint64_t senderID, std::uint64_t eventsOfInterest)
@@ -42,7 +38,7 @@ MouseFrameTranslator::Frame MouseFrameTranslator::translate(Frame frame, std::ui
     if (frame.empty()) return {};
     tap_ = &tap;
     flags_ = flags;
-    timestampNanos_ = nanoseconds(frame.back());
+    timestampNanos_ = nanosecondsOf(frame.back());
 
     Motion motion;
     Turn verticalTurn;
