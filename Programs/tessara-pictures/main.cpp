@@ -21,6 +21,7 @@
 #include "TessaraApp/Interface/InterfaceEngine.h"
 #include "TessaraApp/ViewModels/OnboardingViewModel.h"
 #include "TessaraApp/ViewModels/SettingsViewModel.h"
+#include "TessaraApp/Wording/SystemWording.h"
 
 namespace tessara {
 namespace {
@@ -249,6 +250,7 @@ int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("QT_QUICK_BACKEND", "software");
     const QGuiApplication application(argc, argv);
+    const SystemWording wording;
     registerDeskTypes();
     const QStringList arguments = QCoreApplication::arguments();
     if (arguments.size() < 2) {

@@ -25,6 +25,7 @@ class InterfaceTest : public testing::VirtualTimeTest {
         settings.reset();
         model.reset();
         dispatcher.advance(std::chrono::seconds(20));
+        dispatcher.discard();
     }
 
     /// Launches with the mouse plugged in and opens the window.

@@ -8,6 +8,7 @@
 
 #include "TessaraApp/AppModel.h"
 #include "TessaraApp/Interface/InterfaceEngine.h"
+#include "TessaraApp/Wording/SystemWording.h"
 
 namespace tessara {
 
@@ -52,6 +53,8 @@ class DesktopProgram : public QObject {
   private:
     void followTray();
 
+    /// Ahead of all that has texts.
+    const SystemWording wording_;
     const std::unique_ptr<AppModel> model_;
     InterfaceEngine interface_;
     const std::unique_ptr<MenuBarContent> menu_;
