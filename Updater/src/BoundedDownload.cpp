@@ -8,6 +8,7 @@
 #include <fmt/core.h>
 
 #include "Platform/Dispatch/DispatchQueue.h"
+#include "Updater/UpdateTransport.h"
 
 namespace tessara {
 namespace {
@@ -38,10 +39,9 @@ QNetworkRequest requestFor(const QUrl& url) {
 
 }  // namespace
 
-BoundedDownload::BoundedDownload(std::shared_ptr<DispatchQueue> queue, UpdateTransport transport,
-                                 const QUrl& url, Limits limits, Sink sink, Completion completion)
+BoundedDownload::BoundedDownload(std::shared_ptr<DispatchQueue> queue, const QUrl& url,
+                                 Limits limits, Sink sink, Completion completion)
     : queue_(std::move(queue)),
-      transport_(transport),
       limits_(limits),
       sink_(std::move(sink)),
       completion_(std::move(completion)),
@@ -79,7 +79,7 @@ void BoundedDownload::follow(const QUrl& url) {
         return fail(
             fmt::format("The server sent Tessara on more than {} times.", maximumRedirects));
     }
-    if (!isRedirectAllowed(transport_, url)) {
+    if (!isSecure(url)) {
         return fail(
             fmt::format("The server sent Tessara on to “{}”, which is not a secure address.",
                         url.toDisplayString().toStdString()));

@@ -10,7 +10,6 @@
 #include <string>
 
 #include "Platform/Dispatch/Clock.h"
-#include "Updater/UpdateTransport.h"
 
 class QNetworkAccessManager;
 class QNetworkReply;
@@ -21,7 +20,7 @@ class DispatchQueue;
 class DispatchTimer;
 
 /// One request for one resource, which a server can make neither endless nor huge nor less secure
-/// than it began. It tells the server nothing about the user: no cookies, no language, no name of
+/// than HTTPS. It tells the server nothing about the user: no cookies, no language, no name of
 /// the system. Main executor, which runs Qt's event loop.
 class BoundedDownload {
   public:
@@ -37,9 +36,10 @@ class BoundedDownload {
     /// Called once, last of all; the download may be destroyed in it. An error is a sentence.
     using Completion = std::function<void(std::expected<void, std::string> result)>;
 
-    /// Begins. Neither function is called before the constructor has returned.
-    BoundedDownload(std::shared_ptr<DispatchQueue> queue, UpdateTransport transport,
-                    const QUrl& url, Limits limits, Sink sink, Completion completion);
+    /// Begins, with an address that may be asked. Neither function is called before the constructor
+    /// has returned.
+    BoundedDownload(std::shared_ptr<DispatchQueue> queue, const QUrl& url, Limits limits, Sink sink,
+                    Completion completion);
     /// Ends it without a word.
     ~BoundedDownload();
 
@@ -59,7 +59,6 @@ class BoundedDownload {
     void letGo();
 
     const std::shared_ptr<DispatchQueue> queue_;
-    const UpdateTransport transport_;
     const Limits limits_;
     const Sink sink_;
     Completion completion_;

@@ -126,7 +126,7 @@ void FeedUpdater::check() {
         return feedRead(std::unexpected("The feed's address is not a secure one."));
     }
     download_ = std::make_unique<BoundedDownload>(
-        queue_, settings_.transport, url, feedLimits,
+        queue_, url, feedLimits,
         [this](const QByteArray& bytes) -> std::expected<void, std::string> {
             feed_.append(bytes.constData(), static_cast<std::size_t>(bytes.size()));
             return {};
@@ -182,7 +182,7 @@ void FeedUpdater::downloadUpdate() {
     if (const auto opened = openPackage(); !opened) return packageArrived(opened);
     setState(UpdaterState::Downloading{release_->version, release_->lengthInBytes, 0});
     download_ = std::make_unique<BoundedDownload>(
-        queue_, settings_.transport, urlOf(release_->url), packageLimits(*release_),
+        queue_, urlOf(release_->url), packageLimits(*release_),
         [this](const QByteArray& bytes) { return takePackageBytes(bytes); },
         [this](const std::expected<void, std::string>& result) { packageArrived(result); });
 }

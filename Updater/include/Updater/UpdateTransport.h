@@ -7,13 +7,13 @@ namespace tessara {
 /// From where updates may come.
 enum class UpdateTransport {
     secureOnly,           ///< HTTPS
-    alsoLocalForTesting,  ///< and files, and plain HTTP from this machine itself
+    alsoFilesForTesting,  ///< and files of this machine
 };
 
-/// Whether an address may be asked at all. One with a user's name or password in it never may.
-[[nodiscard]] bool isAllowed(UpdateTransport transport, const QUrl& url);
+/// Whether it is an address of HTTPS. One with a user's name or password in it is none.
+[[nodiscard]] bool isSecure(const QUrl& url);
 
-/// Whether a server may send a request on to this address; never to a file.
-[[nodiscard]] bool isRedirectAllowed(UpdateTransport transport, const QUrl& url);
+/// Whether an address may be asked at all.
+[[nodiscard]] bool isAllowed(UpdateTransport transport, const QUrl& url);
 
 }  // namespace tessara
