@@ -45,7 +45,7 @@ FeedUpdater::Settings updaterSettings(const XDGDirectories& directories) {
     return {.current = std::move(built.current),
             .feedURL = std::move(built.feedURL),
             .publicKey = std::move(built.publicKey),
-            .downloadFolder = directories.state() + "/updates"};
+            .downloadFolder = directories.cache() + "/updates"};
 }
 
 }  // namespace
