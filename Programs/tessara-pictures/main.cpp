@@ -88,6 +88,8 @@ struct Picture {
     /// Where the page is scrolled to: 0 for its top, 1 for its end.
     double scrolledTo = 0;
     Shown shown = Shown::settings;
+    /// What is done to the open window.
+    std::function<void(QQuickWindow&)> work = {};
 };
 
 void mouseIsIn(Scene& scene) {
@@ -95,6 +97,21 @@ void mouseIsIn(Scene& scene) {
         scene.host.desktop.workspace().install("com.figma.Desktop", "Figma");
     scene.host.desktop.workspace().bringToFront(figma);
     scene.host.plugInMouse();
+}
+
+/// Opens the part of the page that is folded at first.
+void opensAdvanced(QQuickWindow& window) {
+    for (QQuickItem* item : window.findChildren<QQuickItem*>())
+        if (item->property("isOpen").isValid()) item->setProperty("isOpen", true);
+}
+
+/// Opens the picker of the modifier, with the keyboard's focus on it.
+void opensPicker(QQuickWindow& window) {
+    for (QQuickItem* item : window.findChildren<QQuickItem*>()) {
+        if (item->property("count").toInt() != 5 || !item->property("popup").isValid()) continue;
+        item->forceActiveFocus(Qt::TabFocusReason);
+        QMetaObject::invokeMethod(item->property("popup").value<QObject*>(), "open");
+    }
 }
 
 void nothingIsGranted(Scene& scene) {
@@ -140,6 +157,8 @@ std::vector<Picture> allPictures() {
         {"scroll", mouseIsIn, nothing},
         {"scroll-middle", mouseIsIn, nothing, 0.5},
         {"scroll-end", mouseIsIn, nothing, 1},
+        {"scroll-advanced", mouseIsIn, nothing, 1, Shown::settings, opensAdvanced},
+        {"scroll-picker", mouseIsIn, nothing, 0.12, Shown::settings, opensPicker},
         {"scroll-off", mouseIsIn, edits([](ScrollSettings& scroll) { scroll.isEnabled = false; })},
         {"buttons", mouseIsIn, selects(SettingsViewModel::Tab::buttons)},
         {"device", mouseIsIn, selects(SettingsViewModel::Tab::device)},
@@ -212,6 +231,10 @@ void draw(const Picture& picture, Theme::Appearance appearance, QSize size, cons
     if (!size.isEmpty()) window->resize(size);
     window->show();
     QCoreApplication::processEvents();
+    if (picture.work) {
+        picture.work(*window);
+        QCoreApplication::processEvents();
+    }
     for (QQuickItem* page : pagesOf(*window)) {
         const double room = page->property("contentHeight").toDouble() - page->height();
         page->setProperty("contentY", std::max(0.0, room) * picture.scrolledTo);
