@@ -1,6 +1,7 @@
 #include "LinuxWiring/LinuxHost.h"
 
 #include <QCoreApplication>
+#include <QEventLoop>
 #include <QLockFile>
 #include <QPointer>
 #include <QString>
@@ -96,6 +97,18 @@ struct LinuxHost::Services {
     const std::shared_ptr<const HIDPPRunLoop> hidRunLoop =
         std::make_shared<HIDPPRunLoop>(dispatcher, hidTransport);
     EventSubscription wakings;
+
+    ~Services() { awaitEndOfConnections(); }
+
+    /// An application that has gone leaves the closing of its connection to the mouse behind, which
+    /// takes some turns of the main executor.
+    void awaitEndOfConnections() const {
+        constexpr std::chrono::seconds patience{2};
+        const TimePoint limit = dispatcher.clock().now() + patience;
+        const auto isInUse = [this] { return hidRunLoop.use_count() > 1; };
+        while (isInUse() && dispatcher.clock().now() < limit)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    }
 };
 
 std::expected<std::unique_ptr<LinuxHost>, std::string> LinuxHost::make() {
