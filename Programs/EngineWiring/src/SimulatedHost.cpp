@@ -1,6 +1,8 @@
 #include "EngineWiring/SimulatedHost.h"
 
+#include <chrono>
 #include <cstdint>
+#include <thread>
 #include <utility>
 
 #include "TessaraEngine/PointerPropertyBackend.h"
@@ -27,6 +29,11 @@ EnginePlatform SimulatedHost::enginePlatform() {
             .permissions = desktop.permissions(),
             .workspace = desktop.workspace(),
             .shortcuts = desktop.shortcuts()};
+}
+
+void SimulatedHost::awaitEndOfConnections() const {
+    while (hidRunLoop.use_count() > 1)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
 SimulatedPointingDevice& SimulatedHost::plugInMouse() {

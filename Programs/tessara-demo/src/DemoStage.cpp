@@ -27,6 +27,7 @@ DemoStage::DemoStage()
 DemoStage::~DemoStage() {
     host_.mainQueue->post([this] { model_.reset(); });
     host_.mainQueue->drain();
+    host_.awaitEndOfConnections();
 }
 
 void DemoStage::chapter(std::string_view title) {

@@ -33,6 +33,11 @@ class SimulatedHost {
     /// Pulls it out, or lets its input device follow a mouse that has vanished on the HID side.
     void unplugMouse();
 
+    /// Waits until nobody has a connection to the mouse any more, or is about to close one, which
+    /// goes on for a moment after its owner has gone. On real threads, ahead of the end; not on one
+    /// of the host's queues.
+    void awaitEndOfConnections() const;
+
     Dispatcher& dispatcher;
     const std::shared_ptr<DispatchQueue> mainQueue;
     /// What runs inside the mouse.
