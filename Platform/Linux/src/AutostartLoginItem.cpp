@@ -24,12 +24,8 @@ using OwnedText = std::unique_ptr<char, decltype(&g_free)>;
 /// A desktop entry; one that cannot be parsed has no keys.
 class EntryFile {
   public:
-    explicit EntryFile(const std::string& text) : keys_(g_key_file_new(), &g_key_file_unref) {
-        isValid_ = g_key_file_load_from_data(
-            keys_.get(), text.data(), text.size(),
-            static_cast<GKeyFileFlags>(G_KEY_FILE_KEEP_COMMENTS | G_KEY_FILE_KEEP_TRANSLATIONS),
-            nullptr);
-    }
+    explicit EntryFile(const std::string& text)
+        : keys_(g_key_file_new(), &g_key_file_unref), isValid_(load(*keys_, text)) {}
 
     [[nodiscard]] bool isValid() const { return isValid_; }
 
@@ -64,8 +60,15 @@ class EntryFile {
     }
 
   private:
-    std::unique_ptr<GKeyFile, decltype(&g_key_file_unref)> keys_;
-    bool isValid_ = false;
+    static bool load(GKeyFile& keys, const std::string& text) {
+        return g_key_file_load_from_data(&keys, text.data(), text.size(),
+                                         static_cast<GKeyFileFlags>(G_KEY_FILE_KEEP_COMMENTS |
+                                                                    G_KEY_FILE_KEEP_TRANSLATIONS),
+                                         nullptr) != FALSE;
+    }
+
+    const std::unique_ptr<GKeyFile, decltype(&g_key_file_unref)> keys_;
+    const bool isValid_;
 };
 
 /// The program that an entry starts; nothing when it names none.

@@ -88,7 +88,7 @@ bool EvdevReader::isCapsLockLit() const {
 bool EvdevReader::read() {
     for (int count = 0; count < eventsPerTurn; ++count) {
         if (!descriptor_) return false;
-        input_event event;
+        input_event event{};
         const unsigned flags = isSynchronizing_ ? synchronize : readWhenEmpty;
         const int status = libevdev_next_event(device_.get(), flags, &event);
         if (status == -EAGAIN && !isSynchronizing_) return true;

@@ -59,10 +59,10 @@ class MouseFrameTranslator {
   private:
     /// One of the two wheels.
     struct Wheel {
-        std::uint16_t lineCode;
-        std::uint16_t highResolutionCode;
-        CGEventField field;
-        int sign;  ///< of the field, where the kernel's value is positive
+        std::uint16_t lineCode = 0;
+        std::uint16_t highResolutionCode = 0;
+        CGEventField field{};
+        int sign = 1;  ///< of the field, where the kernel's value is positive
         bool passesHighResolution = false;
         std::int64_t heldBack = 0;  ///< 120ths of a line
     };
