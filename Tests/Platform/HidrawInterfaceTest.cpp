@@ -2,12 +2,12 @@
 #include <future>
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <sys/stat.h>
 
 #include "Platform/Dispatch/ThreadedDispatcher.h"
 #include "Platform/Linux/HidrawInterface.h"
 #include "Support/ProcessResources.h"
+#include "Support/TemporaryFolder.h"
 
 namespace tessara {
 namespace {
@@ -22,22 +22,18 @@ using Report = std::pair<std::uint8_t, Bytes>;
 class HidrawInterfaceTest : public ::testing::Test {
   protected:
     HidrawInterfaceTest() {
-        std::string pattern = std::filesystem::temp_directory_path() / "tessara-test.XXXXXX";
-        folder_ = ::mkdtemp(pattern.data());
-        std::filesystem::create_directory(folder_ + "/device");
-        ::mkfifo((folder_ + "/node").c_str(), 0600);
+        std::filesystem::create_directory(sysPath_);
+        ::mkfifo(node_.c_str(), 0600);
     }
-    ~HidrawInterfaceTest() override { std::filesystem::remove_all(folder_); }
 
     std::shared_ptr<HidrawInterface> makeInterface(bool hasReportIDs = true) const {
         return std::make_shared<HidrawInterface>(
             HIDInterfaceProperties{.maxInputReportSize = 20}, 1,
-            HidrawInterface::Place{folder_ + "/node", folder_ + "/device", hasReportIDs},
-            std::chrono::milliseconds(1));
+            HidrawInterface::Place{node_, sysPath_, hasReportIDs}, std::chrono::milliseconds(1));
     }
 
-    void unplug() const { std::filesystem::remove(folder_ + "/device"); }
-    void removeNode() const { std::filesystem::remove(folder_ + "/node"); }
+    void unplug() const { std::filesystem::remove(sysPath_); }
+    void removeNode() const { std::filesystem::remove(node_); }
 
     template <typename Action>
     void onQueue(Action action) const {
@@ -58,12 +54,14 @@ class HidrawInterfaceTest : public ::testing::Test {
     Report arrived(std::size_t index) { return arrived_.at(index).get_future().get(); }
 
     const testing::NoLeakedResources noLeaks_;
+    const TemporaryFolder folder_;
+    const std::string node_ = folder_.path("node");
+    const std::string sysPath_ = folder_.path("device");
     std::vector<std::promise<Report>> arrived_ = std::vector<std::promise<Report>>(4);
     std::size_t count_ = 0;  // owned by the queue, as are the promises
     ThreadedDispatcher dispatcher_;
     const std::shared_ptr<DispatchQueue> queue_ =
         dispatcher_.makeQueue("ai.tessara.test.hid", QualityOfService::standard);
-    std::string folder_;
 };
 
 const Bytes shortReport{0x10, 0xFF, 0x00, 0x18, 0, 0, 0x5A};
