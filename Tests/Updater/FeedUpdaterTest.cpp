@@ -223,7 +223,7 @@ TEST_F(FeedUpdaterTest, what_is_off_by_one_anywhere_is_refused_deleted_and_told)
     }
 }
 
-TEST_F(FeedUpdaterTest, what_cannot_be_handed_over_stored_or_is_not_wanted_leaves_nothing_behind) {
+TEST_F(FeedUpdaterTest, what_is_not_verified_stored_or_wanted_leaves_nothing_behind) {
     start();
     check();
     ASSERT_TRUE(download().is<UpdaterState::Verified>()) << failed("");
@@ -237,7 +237,8 @@ TEST_F(FeedUpdaterTest, what_cannot_be_handed_over_stored_or_is_not_wanted_leave
     download();
     updater->installUpdate();
     EXPECT_TRUE(failed("Tessara could not hand over the update. No application opens it."));
-    EXPECT_TRUE(downloaded().isEmpty());
+    updater->dismissUpdate();
+    EXPECT_EQ(downloaded().size(), 1) << "a good package is left for the user to open";
 
     check();
     updater->downloadUpdate();

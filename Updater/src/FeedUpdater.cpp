@@ -242,20 +242,23 @@ std::expected<void, std::string> FeedUpdater::verify() const {
 void FeedUpdater::installUpdate() {
     if (!state_.is<UpdaterState::Verified>()) return;
     // The file has lain there for as long as the user took.
-    auto done = verify();
-    if (done) done = opener_.openVerifiedPackage(package_->fileName().toStdString());
-    if (!done) {
+    if (const auto verified = verify(); !verified) {
         deleteDownloads();
-        return fail(couldNotInstall, done.error());
+        return fail(couldNotInstall, verified.error());
     }
+    // What no application opens is a good package all the same, and stays where the words say.
+    const auto opened = opener_.openVerifiedPackage(package_->fileName().toStdString());
+    if (!opened) return fail(couldNotInstall, opened.error());
     setState(UpdaterState::HandedOver{release_->version});
 }
 
 void FeedUpdater::dismissUpdate() {
     if (state_.is<UpdaterState::NotConfigured>() || state_.is<UpdaterState::Checking>()) return;
     download_ = nullptr;
-    // The installer may still be reading what it was given.
-    if (!state_.is<UpdaterState::HandedOver>()) deleteDownloads();
+    // What was handed over, or was to be, may still be read.
+    if (state_.is<UpdaterState::Downloading>() || state_.is<UpdaterState::Verified>()) {
+        deleteDownloads();
+    }
     setState(UpdaterState::Idle{});
 }
 

@@ -12,7 +12,7 @@ class PackageOpener {
 
     /// Opens the package with the system's installer, which asks the user and does the rest. Only
     /// for a file whose signature has been verified. Returns once the installer is on its way; the
-    /// error is a sentence for the user. Main executor.
+    /// error is a sentence for the user that names the file. Main executor.
     [[nodiscard]] virtual std::expected<void, std::string> openVerifiedPackage(
         const std::string& path) = 0;
 };

@@ -57,7 +57,8 @@ struct UpdaterState {
         ProgramVersion release;
         bool operator==(const HandedOver&) const = default;
     };
-    /// The last check, download or hand-over failed, and left nothing behind.
+    /// The last check, download or hand-over failed. Nothing is left of it but a verified package
+    /// that no installer took.
     struct Failed {
         /// A sentence for the user.
         std::string text;
