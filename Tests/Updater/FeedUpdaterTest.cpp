@@ -4,6 +4,7 @@
 #include <QTimer>
 #include <array>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -348,6 +349,10 @@ TEST_F(FeedUpdaterTest, looks_once_a_day_and_an_hour_after_a_failure_while_it_is
     wallClock.moment -= 24h * 365;
     start(true);
     EXPECT_EQ(hoursUntilCheck(1), 0) << "the clock was put right meanwhile";
+
+    defaults.set("updates.lastCheck", std::numeric_limits<std::int64_t>::min());
+    start(true);
+    EXPECT_EQ(hoursUntilCheck(1), 0) << "no clock shows that moment";
 
     settings.current = {"1.0", 1};
     start();

@@ -118,7 +118,6 @@ void FeedUpdater::checkForUpdates() {
 
 void FeedUpdater::check() {
     release_.reset();
-    feed_.clear();
     setState(UpdaterState::Checking{});
     const QUrl url = urlOf(settings_.feedURL);
     if (!key_) return feedRead(std::unexpected("This copy of Tessara has no key to verify them."));
@@ -136,7 +135,8 @@ void FeedUpdater::check() {
 
 void FeedUpdater::feedRead(const std::expected<void, std::string>& result) {
     download_ = nullptr;
-    const auto release = result ? readUpdateFeed(feed_) : std::unexpected(result.error());
+    const std::string feed = std::exchange(feed_, {});
+    const auto release = result ? readUpdateFeed(feed) : std::unexpected(result.error());
     const auto judgement = judged(release);
     hasFailed_ = !release;
     if (release) defaults_.set(lastCheckKey, wallClock_.now().time_since_epoch().count());
@@ -168,8 +168,10 @@ std::expected<UpdaterState, std::string> FeedUpdater::judged(
 }
 
 std::optional<std::chrono::sys_seconds> FeedUpdater::lastUpdateCheckDate() const {
+    // Whatever the defaults may hold: a moment that no clock shows was never.
+    constexpr std::int64_t endOfTime = std::int64_t{1} << 40;
     const auto seconds = defaults_.integer(lastCheckKey);
-    if (!seconds) return std::nullopt;
+    if (!seconds || *seconds < 0 || *seconds > endOfTime) return std::nullopt;
     return std::chrono::sys_seconds(std::chrono::seconds(*seconds));
 }
 
