@@ -49,30 +49,33 @@ FeedUpdater::Settings updaterSettings(const XDGDirectories& directories) {
             .downloadFolder = directories.cache() + "/updates"};
 }
 
+/// Two copies would take the mouse, the user's edits and downloads from one another. Null when
+/// there is one already. A folder where nothing can be locked is no reason not to run.
+std::unique_ptr<QLockFile> claimUser(const XDGDirectories& directories) {
+    const std::string folder = directories.runtime().value_or(directories.state());
+    static_cast<void>(PosixFileSystem().createFolders(folder));
+    auto lock = std::make_unique<QLockFile>(QString::fromStdString(folder + "/lock"));
+    lock->setStaleLockTime(0);
+    const bool isOurs = lock->tryLock() || lock->error() != QLockFile::LockFailedError;
+    return isOurs ? std::move(lock) : nullptr;
+}
+
 }  // namespace
 
 /// In the order in which they need each other.
 struct LinuxHost::Services {
-    Services(const XDGDirectories& directories, LinuxWorkspaceService::Displays displays)
+    Services(const XDGDirectories& directories, LinuxWorkspaceService::Displays displays,
+             std::unique_ptr<QLockFile> userClaim)
         : supportDirectory(directories.data()),
-          lockFolder(directories.runtime().value_or(directories.state())),
+          claim(std::move(userClaim)),
           defaults(files, wallClock, directories.config() + "/preferences.json"),
           loginItem(files, AutostartLoginItem::Places::standard(directories)),
           updater(updaterSettings(directories), mainQueue, wallClock, defaults, packageOpener),
           workspace(dispatcher, std::move(displays)),
           shortcuts(directories.data() + "/shortcuts", utilityQueue) {}
 
-    /// Two copies would take the mouse and each other's edits from one another. A folder where
-    /// nothing can be locked is no reason not to run.
-    bool claimUser() {
-        static_cast<void>(files.createFolders(lockFolder));
-        lock.setStaleLockTime(0);
-        return lock.tryLock() || lock.error() != QLockFile::LockFailedError;
-    }
-
     const std::string supportDirectory;
-    const std::string lockFolder;
-    QLockFile lock{QString::fromStdString(lockFolder + "/lock")};
+    const std::unique_ptr<QLockFile> claim;
     ThreadedDispatcher dispatcher;
     const std::shared_ptr<DispatchQueue> mainQueue =
         std::make_shared<QtMainQueue>("ai.tessara.main");
@@ -116,11 +119,10 @@ std::expected<std::unique_ptr<LinuxHost>, std::string> LinuxHost::make() {
     auto directories = XDGDirectories::current();
     if (!directories) return std::unexpected(std::move(directories.error()));
     auto displays = LinuxWorkspaceService::Displays::current();
-    auto services = std::make_unique<Services>(*directories, std::move(displays));
-    if (!services->claimUser()) {
-        return std::unexpected("another copy of Tessara is running for this user");
-    }
-    return std::unique_ptr<LinuxHost>(new LinuxHost(std::move(services)));
+    auto claim = claimUser(*directories);
+    if (!claim) return std::unexpected("another copy of Tessara is running for this user");
+    return std::unique_ptr<LinuxHost>(new LinuxHost(
+        std::make_unique<Services>(*directories, std::move(displays), std::move(claim))));
 }
 
 LinuxHost::LinuxHost(std::unique_ptr<Services> services) : services_(std::move(services)) {}
