@@ -124,13 +124,13 @@ LinuxPermissionReport LinuxPermissionReport::read(const std::vector<InputDeviceM
         report.uinput = hasAccess(uinput, W_OK) ? UinputAccess::granted : UinputAccess::refused;
     }
     for (const auto& [name, place] : devicesOf(root + "/sys/class/input", "event")) {
-        const std::string path = root + "/dev/input/" + name;
+        const std::string path = fmt::format("{}/dev/input/{}", root, name);
         const bool isUsable = hasAccess(path, R_OK);
         report.readsAnyInput = report.readsAnyInput || isUsable;
         if (isWanted(mice, place)) report.inputNodes.push_back({path, isUsable});
     }
     for (const auto& [name, place] : devicesOf(root + "/sys/class/hidraw", "hidraw")) {
-        const std::string path = root + "/dev/" + name;
+        const std::string path = fmt::format("{}/dev/{}", root, name);
         if (isWanted(mice, place)) report.hidNodes.push_back({path, hasAccess(path, R_OK | W_OK)});
     }
     for (const char* folder : {"/etc", "/run", "/usr/local/lib", "/usr/lib", "/lib"}) {

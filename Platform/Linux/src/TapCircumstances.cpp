@@ -103,7 +103,7 @@ std::optional<std::string> TapCircumstances::refusalText() const {
         first = refusals_.begin()->second;
         if (told_ == first) return toldText_;
     }
-    const std::string text = words(first);  // without the lock: the tap's queue never waits for it
+    std::string text = words(first);  // without the lock: the tap's queue never waits for it
     MutexLock lock(mutex_);
     told_ = first;
     toldText_ = text;

@@ -20,8 +20,9 @@ struct InputDevice;
 /// they do not get what they should.
 class TapCircumstances {
   public:
-    TapCircumstances(std::vector<InputDeviceMatch> mice, std::shared_ptr<VirtualDevices> output,
-                     std::shared_ptr<KeyboardState> keyboards);
+    TapCircumstances(std::vector<InputDeviceMatch> wanted,
+                     std::shared_ptr<VirtualDevices> virtualDevices,
+                     std::shared_ptr<KeyboardState> keyboardState);
 
     [[nodiscard]] bool isWanted(const InputDevice& device) const;
 

@@ -20,9 +20,9 @@ namespace {
 using Manager = zwlr_foreign_toplevel_manager_v1;
 using Handle = zwlr_foreign_toplevel_handle_v1;
 
-template <auto destroy>
+template <auto Destroy>
 struct DestroyWith {
-    void operator()(auto* object) const noexcept { destroy(object); }
+    void operator()(auto* object) const noexcept { Destroy(object); }
 };
 using DisplayPointer = std::unique_ptr<wl_display, DestroyWith<wl_display_disconnect>>;
 using RegistryPointer = std::unique_ptr<wl_registry, DestroyWith<wl_registry_destroy>>;
