@@ -39,26 +39,37 @@ class X11FocusSource final : public FocusSource {
         Window described;
     };
 
-    /// False when the connection is gone. Takes also what arrived while an answer was read: the
-    /// descriptor does not show that any more.
+    /// False when the connection is gone. Goes on until nothing is left that arrived while an
+    /// answer was read: the descriptor does not show that any more. Many events are one reason to
+    /// look.
     bool takeEvents() {
-        while (const auto event = connection_.nextEvent())
-            handle(*event);
+        for (;;) {
+            bool isOtherActive = false;
+            bool isOtherList = false;
+            while (const auto event = connection_.nextEvent()) {
+                const xcb_property_notify_event_t* const change = propertyChange(*event);
+                if (!change) continue;
+                const bool isList = change->window == connection_.root() &&
+                                    change->atom == connection_.clientListAtom();
+                isOtherList = isOtherList || isList;
+                isOtherActive = isOtherActive || change->window == watched_ ||
+                                change->atom == connection_.activeWindowAtom();
+            }
+            if (isOtherList) readClientList();
+            if (isOtherActive) readActiveWindow();
+            if (!isOtherList && !isOtherActive) break;
+        }
         if (!connection_.isBroken()) return true;
         handlers_.onEnd("the X11 display has gone");
         return false;
     }
 
-    void handle(const xcb_generic_event_t& event) {
-        // Errors come as events too, of windows that vanished meanwhile; they are no news.
+    /// Null for other events. Errors come as such too, of windows that vanished meanwhile; they are
+    /// no news.
+    static const xcb_property_notify_event_t* propertyChange(const xcb_generic_event_t& event) {
         constexpr std::uint8_t sentByOthers = 0x80;
-        if ((event.response_type & ~sentByOthers) != XCB_PROPERTY_NOTIFY) return;
-        const auto& change = reinterpret_cast<const xcb_property_notify_event_t&>(event);
-        if (change.window != connection_.root() || change.atom == connection_.activeWindowAtom()) {
-            readActiveWindow();
-        } else if (change.atom == connection_.clientListAtom()) {
-            readClientList();
-        }
+        if ((event.response_type & ~sentByOthers) != XCB_PROPERTY_NOTIFY) return nullptr;
+        return reinterpret_cast<const xcb_property_notify_event_t*>(&event);
     }
 
     void readActiveWindow() {
