@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <thread>
 
 #include <gmock/gmock.h>
@@ -21,9 +22,6 @@
 
 namespace tessara {
 namespace {
-
-using ::testing::IsEmpty;
-using ::testing::UnorderedElementsAre;
 
 const std::string game = "org.example.game";
 const std::string editor = "org.example.editor";
@@ -57,6 +55,37 @@ class WindowProcess {
   private:
     pid_t pid_ = 0;
 };
+
+/// Waits for what the display server and the window manager bring about in their own time.
+template <typename Condition>
+[[nodiscard]] bool comesTrue(Condition condition) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > deadline) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    return true;
+}
+
+TEST(LinuxWorkspaceService, one_that_ends_takes_its_connection_and_its_thread_with_it) {
+    const WindowProcess editorProcess(editor);
+    ThreadedDispatcher dispatcher;
+    const auto useOne = [&](bool isEndedAtOnce) {
+        const LinuxWorkspaceService service(dispatcher, LinuxWorkspaceService::Displays::current());
+        if (isEndedAtOnce) return;
+        EXPECT_TRUE(comesTrue([&] { return service.frontmostBundleID() == editor; }));
+    };
+    useOne(false);  // the first makes what GIO keeps for all
+    const std::size_t threads = testing::threadCount();
+    const std::size_t descriptors = testing::openFileDescriptorCount();
+    for (int round = 0; round < 20; ++round)
+        useOne(round % 2 == 0);
+    // The last one's thread goes when it has done with what was under way.
+    EXPECT_TRUE(comesTrue([&] {
+        return testing::threadCount() <= threads &&
+               testing::openFileDescriptorCount() <= descriptors;
+    }));
+}
 
 /// The engine on a simulated desktop, but for the applications: those are the session's.
 class SessionTest : public ::testing::Test {
@@ -119,17 +148,6 @@ class SessionTest : public ::testing::Test {
         return read;
     }
 
-    /// Waits for what the display server and the window manager bring about in their own time.
-    template <typename Condition>
-    [[nodiscard]] static bool comesTrue(Condition condition) {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-        while (!condition()) {
-            if (std::chrono::steady_clock::now() > deadline) return false;
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        }
-        return true;
-    }
-
     void expectInFront(const std::optional<std::string>& id, const std::string& profile) {
         EXPECT_TRUE(comesTrue([&] {
             return workspace.frontmostBundleID() == id && status().activeProfileID == profile;
@@ -138,6 +156,16 @@ class SessionTest : public ::testing::Test {
             << ", in front: " << workspace.frontmostBundleID().value_or("none")
             << ", profile: " << status().activeProfileID
             << ", limitation: " << workspace.limitation().value_or("none");
+    }
+
+    void expectRunning(const std::map<std::string, std::string>& wanted) {
+        EXPECT_TRUE(comesTrue([&] {
+            std::map<std::string, std::string> running;
+            for (const RunningApplication& each : workspace.runningApplications())
+                if (each.isRegular) running[each.bundleID.value_or("none")] = each.displayName;
+            return running == wanted;
+        })) << workspace.runningApplications().size()
+            << " run";
     }
 
     ThreadedDispatcher dispatcher;
@@ -171,26 +199,14 @@ TEST_F(SessionTest, a_window_that_names_itself_late_is_told_from_then_on) {
     expectInFront(game, "game");
 }
 
-TEST_F(SessionTest, a_service_that_ends_takes_its_connection_and_its_thread_with_it) {
-    WindowProcess editorProcess(editor);
-    expectInFront(editor, "default");
-    const testing::NoLeakedResources check;
-    for (int round = 0; round < 20; ++round) {
-        const LinuxWorkspaceService other(dispatcher, LinuxWorkspaceService::Displays::current());
-        if (round % 2 == 0) continue;  // ended as it begins
-        EXPECT_TRUE(comesTrue([&] { return other.frontmostBundleID() == editor; }));
-    }
-}
-
+// The last one: it ends the session.
 TEST_F(SessionTest, the_profile_follows_the_windows_and_outlives_the_display) {
     expectInFront(std::nullopt, "default");
     WindowProcess gameProcess(game);
     expectInFront(game, "game");
     WindowProcess editorProcess(editor);
     expectInFront(editor, "default");
-    EXPECT_THAT(workspace.runningApplications(),
-                UnorderedElementsAre(RunningApplication{game, "Game", true},
-                                     RunningApplication{editor, "Editor", true}));
+    expectRunning({{game, "Game"}, {editor, "Editor"}});
     EXPECT_EQ(workspace.limitation(), std::nullopt);
 
     // What runs comes to the front and is not started again.
@@ -198,8 +214,7 @@ TEST_F(SessionTest, the_profile_follows_the_windows_and_outlives_the_display) {
     expectInFront(game, "game");
     gameProcess.end();
     expectInFront(editor, "default");
-    EXPECT_THAT(workspace.runningApplications(),
-                UnorderedElementsAre(RunningApplication{editor, "Editor", true}));
+    expectRunning({{editor, "Editor"}});
 
     // What does not run is started.
     workspace.openApplication(workspace.locationOfApplication(game).value(), /*activates=*/true);
@@ -207,7 +222,7 @@ TEST_F(SessionTest, the_profile_follows_the_windows_and_outlives_the_display) {
 
     ::kill(std::atoi(std::getenv("SESSION_SERVER")), SIGKILL);
     expectInFront(std::nullopt, "default");
-    EXPECT_THAT(workspace.runningApplications(), IsEmpty());
+    expectRunning({});
     EXPECT_THAT(status().workspaceLimitation.value_or(""), ::testing::HasSubstr("gone"));
 }
 
