@@ -20,6 +20,11 @@ std::optional<std::string> unlessEmpty(std::string text) {
     return text.empty() ? std::nullopt : std::optional(std::move(text));
 }
 
+/// Properties may hold several texts, each with a zero at its end.
+std::string upToZero(const std::string& text) {
+    return text.substr(0, text.find('\0'));
+}
+
 std::string hostName() {
     std::array<char, 256> name{};
     if (::gethostname(name.data(), name.size() - 1) != 0) return {};
@@ -108,12 +113,12 @@ FocusSource::Window X11Connection::describe(xcb_window_t window) const {
     const auto type = ask(window, atoms_.windowType);
 
     WindowIdentity identity;
-    identity.applicationID = unlessEmpty(text(applicationID).c_str());
+    identity.applicationID = unlessEmpty(upToZero(text(applicationID)));
     // Two strings, each with a zero at its end.
     const std::string names = text(wmClass);
-    identity.instanceName = unlessEmpty(names.c_str());
+    identity.instanceName = unlessEmpty(upToZero(names));
     if (const auto end = names.find('\0'); end != std::string::npos) {
-        identity.className = unlessEmpty(names.c_str() + end + 1);
+        identity.className = unlessEmpty(upToZero(names.substr(end + 1)));
     }
     const auto processes = numbers(processID);
     // A number of another machine's processes means nothing here.

@@ -15,6 +15,7 @@
 namespace tessara {
 
 struct FreeMemory {
+    // NOLINTNEXTLINE(cppcoreguidelines-no-malloc): libxcb gives out what malloc gave it.
     void operator()(void* memory) const noexcept { std::free(memory); }
 };
 

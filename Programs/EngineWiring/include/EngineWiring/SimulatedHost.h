@@ -17,10 +17,10 @@ namespace tessara {
 /// It outlives the engine, and the dispatcher outlives it.
 class SimulatedHost {
   public:
-    /// With a queue of the dispatcher's for the main executor.
-    explicit SimulatedHost(Dispatcher& dispatcher);
+    /// On a dispatcher, with a queue of its own for the main executor.
+    explicit SimulatedHost(Dispatcher& on);
     /// With a main executor that the program has.
-    SimulatedHost(Dispatcher& dispatcher, std::shared_ptr<DispatchQueue> mainQueue);
+    SimulatedHost(Dispatcher& on, std::shared_ptr<DispatchQueue> main);
 
     SimulatedHost(const SimulatedHost&) = delete;
     SimulatedHost& operator=(const SimulatedHost&) = delete;
