@@ -6,9 +6,11 @@
 #include "TessaraCore/Precondition.h"
 
 // Made by Qt's tools for each module. They are named here so that the linker keeps them.
+// NOLINTBEGIN(misc-use-internal-linkage): they are defined in other files.
 void qml_register_types_Tessara_Interface();
 void qml_register_types_Tessara_Style();
 void qml_register_types_Tessara_ViewModels();
+// NOLINTEND(misc-use-internal-linkage)
 
 namespace tessara {
 

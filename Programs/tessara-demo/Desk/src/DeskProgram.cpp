@@ -11,6 +11,7 @@
 #include "TessaraApp/Tray/SingleInstance.h"
 
 // Made by Qt's tools for the module. It is named here so that the linker keeps it.
+// NOLINTNEXTLINE(misc-use-internal-linkage): it is defined in another file.
 void qml_register_types_Tessara_Desk();
 
 namespace tessara {

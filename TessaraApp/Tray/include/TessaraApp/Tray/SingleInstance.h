@@ -28,8 +28,9 @@ class SingleInstance : public QObject {
     /// True when this is the first copy. When it is not, the first one has been told.
     [[nodiscard]] bool claim();
 
+    // NOLINTNEXTLINE(readability-redundant-access-specifiers): what follows is for the bus.
   public Q_SLOTS:
-    // The call's name is the standard's.
+    // NOLINTNEXTLINE(readability-identifier-naming): the call's name is the standard's.
     Q_SCRIPTABLE void Activate(const QVariantMap& platformData);
 
   Q_SIGNALS:
