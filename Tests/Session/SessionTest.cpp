@@ -197,6 +197,7 @@ TEST_F(SessionTest, a_window_that_names_itself_late_is_told_from_then_on) {
     using std::string_view_literals::operator""sv;
     nameItself("game\0Org.Example.Game\0"sv);
     expectInFront(game, "game");
+    expectRunning({{game, "Game"}, {editor, "Editor"}});
 }
 
 // The last one: it ends the session.

@@ -86,6 +86,11 @@ class X11FocusSource final : public FocusSource {
             }
             watched_ = nameless;
         }
+        const auto listed = std::ranges::find(windows_, active, &ListedWindow::window);
+        if (identity && listed != windows_.end() && listed->described.identity != *identity) {
+            listed->described.identity = *identity;
+            tellWindows();
+        }
         handlers_.onFocus(identity);
     }
 
@@ -103,7 +108,10 @@ class X11FocusSource final : public FocusSource {
                                   : ListedWindow{window, connection_.describe(window)});
         }
         windows_ = std::move(windows);
+        tellWindows();
+    }
 
+    void tellWindows() const {
         std::vector<Window> told;
         for (const ListedWindow& each : windows_)
             told.push_back(each.described);
