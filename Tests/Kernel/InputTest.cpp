@@ -33,6 +33,9 @@
 #include "Platform/Simulated/SimulatedMouse.h"
 #include "Support/AllocationCounter.h"
 #include "Support/ProcessResources.h"
+#include "TessaraEngine/CGEventReaders.h"
+#include "TessaraEngine/MonotonicClock.h"
+#include "TessaraEngine/PointerPipeline.h"
 
 namespace tessara::testing {
 namespace {
@@ -235,6 +238,50 @@ TEST(Input, no_motion_is_merged_or_lost_or_out_of_order_at_any_rate) {
                     MotionSender::count * std::chrono::duration<double>(interval).count());
     }
     EXPECT_THAT(desk.notices(), IsEmpty());
+}
+
+TEST(Input, the_desktop_curve_comes_out_as_a_replay_of_the_same_events_computes_it) {
+    const SystemClock system;
+    const MonotonicClock clock(system);
+    const auto outcome = [&clock](PointerPipeline& pipeline, const CGEvent& event) {
+        const DeviceID device{event.hidEventReference};
+        return pipeline.handle(
+            pointerMotion(event, device, MotionSource::accelerated, clock).value());
+    };
+    PointerPipeline live({}, false);
+    Desk desk;
+    desk.mouse.plug();
+    desk.decide = [&](CGEvent& event) {
+        const auto [disposition, dx, dy] = outcome(live, event);
+        event.setIntegerValue(CGEventField::mouseEventDeltaX, dx);
+        event.setIntegerValue(CGEventField::mouseEventDeltaY, dy);
+        return true;
+    };
+    desk.beginTap();
+    desk.awaitGrab();
+    live.reset();
+
+    using Moves = std::vector<std::pair<std::int64_t, std::int64_t>>;
+    Moves moves;
+    for (std::int16_t burst = 1; burst <= 12; ++burst) {
+        for (std::int16_t i = 0; i < 20; ++i) {
+            desk.mouse.pointer().move(static_cast<std::int16_t>(burst * burst - 60), i);
+            std::this_thread::sleep_for(1ms);
+        }
+        for (const NodeFrame& frame : desk.virtualMouse().framesUntilQuiet(50ms))
+            moves.emplace_back(frame.sumOf(EV_REL, REL_X), frame.sumOf(EV_REL, REL_Y));
+    }
+
+    PointerPipeline replayed({}, false);
+    Moves computed;
+    std::uint64_t last = 0;
+    for (const CGEvent& event : desk.takeShown()) {
+        EXPECT_GT(event.timestampNanos, std::exchange(last, event.timestampNanos));
+        const auto [disposition, dx, dy] = outcome(replayed, event);
+        if (dx != 0 || dy != 0) computed.emplace_back(dx, dy);
+    }
+    EXPECT_EQ(moves, computed);
+    EXPECT_GT(moves.size(), 200U);
 }
 
 TEST(Input, no_event_allocates_on_the_taps_thread) {
