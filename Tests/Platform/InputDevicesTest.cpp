@@ -4,10 +4,8 @@
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <linux/input-event-codes.h>
 
 #include "Platform/Linux/InputDevices.h"
-#include "Platform/Linux/SuspendMonitor.h"
 
 namespace tessara {
 namespace {
@@ -25,28 +23,6 @@ TEST(CapabilityBits, are_words_with_the_highest_first) {
         EXPECT_FALSE(CapabilityBits(broken).has(0)) << broken;
 }
 
-TEST(InputDevices, a_role_is_told_by_what_the_node_can_say) {
-    const std::string mouseKeys = "1f0000 0 0 0 0";  // five buttons from BTN_LEFT on
-    struct Case {
-        const char* name;
-        std::string keys;
-        std::string axes;
-        InputRole role;
-    };
-    for (const Case& one : std::vector<Case>{
-             {"a mouse", mouseKeys, "1943", InputRole::pointer},
-             {"a mouse with a keyboard in it", "1f0000 0 0 0 fffffffffffffffe", "3",
-              InputRole::pointer},
-             {"a wheel alone", mouseKeys, "100", InputRole::other},
-             {"a keyboard", "fffffffffffffffe", "0", InputRole::keyboard},
-             {"a power button", "10000000000000 0", "0", InputRole::other},
-             {"nothing that could be read", "", "", InputRole::other},
-         }) {
-        EXPECT_EQ(inputRole(CapabilityBits(one.keys), CapabilityBits(one.axes)), one.role)
-            << one.name;
-    }
-}
-
 TEST(InputDevices, an_identifier_is_the_kernels_number_of_the_input_device) {
     const std::vector<std::pair<std::string, std::optional<std::uint64_t>>> cases{
         {"/sys/devices/virtual/input/input0/event0", 1},
@@ -59,16 +35,6 @@ TEST(InputDevices, an_identifier_is_the_kernels_number_of_the_input_device) {
     };
     for (const auto& [path, id] : cases)
         EXPECT_EQ(inputDeviceID(path), id) << path;
-}
-
-TEST(SleepDetector, tells_each_sleep_once_and_takes_no_jitter_for_one) {
-    using namespace std::chrono_literals;
-    SleepDetector detector(5s);
-    EXPECT_EQ(detector.note(5s), std::nullopt);
-    EXPECT_EQ(detector.note(5s + 99ms), std::nullopt);
-    EXPECT_EQ(detector.note(5s + 100ms), 100ms);
-    EXPECT_EQ(detector.note(5s + 100ms), std::nullopt);
-    EXPECT_EQ(detector.note(3605s), 3600s - 100ms);
 }
 
 }  // namespace

@@ -80,8 +80,6 @@ class Mouse {
         shown.clear();
         return inWords(translator_.translate(frameOf(codes), flags, tap_));
     }
-    std::string vanish() { return inWords(translator_.releaseHeld(1, flags, tap_)); }
-    std::string giveUp() { return inWords(translator_.releasePassed()); }
 
     std::vector<CGEventType> refused;
     std::optional<std::pair<std::int64_t, std::int64_t>> rewrittenMotion;
@@ -240,40 +238,12 @@ TEST(MouseFrameTranslator, a_button_that_was_let_down_is_always_let_up) {
     EXPECT_EQ(mouse.shown.size(), 2U) << "the tap hears of both";
 }
 
-TEST(MouseFrameTranslator, a_mouse_that_goes_lets_go_of_its_buttons) {
-    Mouse mouse;
-    mouse.refused = {CGEventType::otherMouseDown, CGEventType::otherMouseUp};
-    mouse.send({key(side, true), key(BTN_RIGHT, true)});
-    mouse.shown.clear();
-    EXPECT_EQ(mouse.vanish(), written({key(BTN_RIGHT, false)}));
-    ASSERT_EQ(mouse.shown.size(), 2U);
-    EXPECT_EQ(mouse.shown[1].type, CGEventType::otherMouseUp);
-    EXPECT_EQ(mouse.vanish(), "");
-
-    mouse.send({key(side, true), key(BTN_LEFT, true)});
-    mouse.shown.clear();
-    EXPECT_EQ(mouse.giveUp(), written({key(BTN_LEFT, false)}));
-    EXPECT_TRUE(mouse.shown.empty());
-    EXPECT_EQ(mouse.giveUp(), "");
-}
-
 TEST(MouseFrameTranslator, what_nobody_asks_for_is_not_shown_and_passes) {
     Mouse mouse(std::uint64_t{1} << static_cast<unsigned>(CGEventType::scrollWheel));
     mouse.refused = {CGEventType::leftMouseDown, CGEventType::scrollWheel};
     EXPECT_EQ(mouse.send({key(BTN_LEFT, true), x(1), wheel(1), fine(120)}),
               written({key(BTN_LEFT, true), x(1)}));
     EXPECT_EQ(mouse.shown.size(), 1U);
-}
-
-TEST(MouseFrameTranslator, the_fullest_frame_there_can_be_fits_with_what_is_added_to_it) {
-    Codes full{x(1), wheel(1), tilt(1)};
-    while (full.size() + 1 < MouseFrameTranslator::frameCapacity)
-        full.push_back(key(side, full.size() % 2 == 0));
-    Mouse mouse;
-    mouse.rewrittenMotion = {1, 1};
-    Codes out{x(1), y(1), wheel(1), fine(120), tilt(1), fineTilt(120)};
-    out.insert(out.end(), full.begin() + 3, full.end());
-    EXPECT_EQ(mouse.send(full), written(out));
 }
 
 }  // namespace
