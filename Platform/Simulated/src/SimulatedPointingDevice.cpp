@@ -5,12 +5,12 @@
 #include <utility>
 
 #include "Platform/MouseEvents.h"
+#include "Platform/ScrollDeltas.h"
 #include "Platform/Simulated/SimulatedDevices.h"
 #include "Platform/Simulated/SimulatedDisplays.h"
 #include "Platform/Simulated/SimulatedHardware.h"
 #include "Platform/Simulated/SimulatedInputState.h"
 #include "ScriptFault.h"
-#include "Platform/ScrollDeltas.h"
 
 namespace tessara {
 namespace {
