@@ -20,6 +20,7 @@
 #include "Platform/Dispatch/ThreadedDispatcher.h"
 #include "Platform/Linux/VirtualDeviceIdentity.h"
 #include "Platform/Simulated/SimulatedMouse.h"
+#include "TessaraEngine/EngineStatus.h"
 #include "TessaraEngine/TessaraEngine.h"
 
 namespace tessara::testing {
@@ -66,32 +67,10 @@ std::unique_ptr<EventNode> nodeOf(const VirtualDeviceIdentity& identity) {
     return std::make_unique<EventNode>(*path);
 }
 
-/// Waits until the mouse's motion comes out of the virtual one.
-void waitUntilGrabbed(UHIDMouse& mouse, EventNode& outMouse) {
-    ASSERT_TRUE(waitFor([&] {
-        mouse.pointer().move(1, 0);
-        return outMouse.next(20ms).has_value();
-    }));
-    static_cast<void>(outMouse.framesUntilQuiet());
-}
-
 /// Drops what has come until now.
 void forget(EventNode& node) {
     while (node.next(0s)) {
     }
-}
-
-/// Waits until a button comes out as the key that it holds: after a plug it passes until the engine
-/// has learned whose it is.
-void waitUntilBound(unsigned button, UHIDMouse& mouse, EventNode& outKeyboard) {
-    forget(outKeyboard);
-    EXPECT_TRUE(waitFor([&] {
-        mouse.pointer().press(button);
-        const bool isBound = outKeyboard.next(20ms).has_value();
-        mouse.pointer().release(button);
-        // Nobody takes a mouse over while a button is down.
-        return isBound || outKeyboard.next(20ms).has_value();
-    })) << "the mouse is not taken up again";
 }
 
 /// The mouse in the kernel and the engine between it and whoever reads the virtual devices.
@@ -102,7 +81,31 @@ class OutputTest : public ::testing::Test {
         session = std::make_unique<EngineSession>(config);
         outMouse = nodeOf(virtualMouseIdentity);
         outKeyboard = nodeOf(virtualKeyboardIdentity);
-        waitUntilGrabbed(mouse, *outMouse);
+        meetMouse();
+    }
+
+    /// Waits until the engine takes the mouse's events for its own and would hear of an unplug.
+    void meetMouse() {
+        const auto isKnown = [this] {
+            const std::int64_t before = status().scope.target;
+            mouse.pointer().press(1);
+            mouse.pointer().release(1);
+            static_cast<void>(outMouse->next(20ms));
+            forget(*outMouse);
+            const EngineStatus after = status();
+            return after.scope.target > before && after.hidConnection.isConnected();
+        };
+        EXPECT_TRUE(waitFor(isKnown, 3 * patience)) << "the mouse is not taken up";
+        static_cast<void>(outMouse->framesUntilQuiet());
+    }
+
+    EngineStatus status() {
+        EngineStatus status;
+        session->run([&status](TessaraEngine& engine) {
+            engine.refreshMetrics();
+            status = engine.status();
+        });
+        return status;
     }
 
     ThreadedDispatcher dispatcher;
@@ -127,12 +130,11 @@ TEST_F(OutputTest, a_click_comes_out_as_a_glide_of_one_detent) {
           Case{{.pan = 1}, REL_HWHEEL, REL_HWHEEL_HI_RES, 1},
           Case{{.pan = -1}, REL_HWHEEL, REL_HWHEEL_HI_RES, -1}}) {
         mouse.pointer().send(report);
-        const auto frames = outMouse->framesUntilQuiet();
+        const auto frames = outMouse->framesUntil({EV_REL, lines, sign});  // the detent's end
+        EXPECT_THAT(frames, SizeIs(22));  // one for each step that moves
         EXPECT_EQ(sumOf(frames, units), 120 * sign);
         EXPECT_EQ(sumOf(frames, lines), sign);
-        EXPECT_THAT(frames, SizeIs(22));  // one for each step that moves
-        ASSERT_FALSE(frames.empty());
-        EXPECT_EQ(frames.back().sumOf(EV_REL, lines), sign) << "the line ends the detent";
+        EXPECT_THAT(outMouse->framesUntilQuiet(), IsEmpty());
     }
 }
 
@@ -140,12 +142,8 @@ TEST_F(OutputTest, chained_clicks_add_up_to_the_unit_and_a_reversal_starts_afres
     start(document());
     for (int click = 0; click < 4; ++click)
         mouse.pointer().spin(1);
-    const auto chain = outMouse->framesUntilQuiet();
-    std::int64_t pixels = 0;
-    session->run([&pixels](TessaraEngine& engine) {
-        engine.refreshMetrics();
-        pixels = engine.status().scroll.pixelsPosted;
-    });
+    const auto chain = outMouse->framesUntilQuiet(1s);
+    const std::int64_t pixels = status().scroll.pixelsPosted;
     EXPECT_GT(pixels, 4 * 50);
     EXPECT_EQ(sumOf(chain, REL_WHEEL_HI_RES), pixels * 120 / 50);
     EXPECT_EQ(sumOf(chain, REL_WHEEL), pixels / 50);
@@ -153,7 +151,7 @@ TEST_F(OutputTest, chained_clicks_add_up_to_the_unit_and_a_reversal_starts_afres
     mouse.pointer().spin(1);
     ASSERT_TRUE(outMouse->next().has_value());
     mouse.pointer().spin(-1);
-    auto frames = outMouse->framesUntilQuiet();
+    auto frames = outMouse->framesUntil({EV_REL, REL_WHEEL, -1});
     std::erase_if(frames,
                   [](const NodeFrame& frame) { return frame.sumOf(EV_REL, REL_WHEEL_HI_RES) > 0; });
     EXPECT_EQ(sumOf(frames, REL_WHEEL_HI_RES), -120);
@@ -180,7 +178,7 @@ TEST_F(OutputTest, unbound_buttons_pass_and_bound_ones_do_what_they_are_bound_to
         expected.push_back({EV_KEY, code, 1});
         expected.push_back({EV_KEY, code, 0});
     }
-    EXPECT_THAT(keysOf(outMouse->framesUntilQuiet()), ElementsAreArray(expectedButtons));
+    EXPECT_THAT(keysOf(outMouse->framesUntilQuiet(1s)), ElementsAreArray(expectedButtons));
     EXPECT_THAT(keysOf(outKeyboard->framesUntilQuiet()), ElementsAreArray(expectedKeys));
 }
 
@@ -205,14 +203,18 @@ TEST_F(OutputTest, a_chord_is_pressed_in_order_and_an_unplug_lets_go_of_what_is_
 
     mouse.unplug();
     static_cast<void>(outMouse->framesUntil(release(BTN_LEFT)));
-    auto last = keysOf(outKeyboard->framesUntilQuiet());  // the repeat has stopped, then
+    auto last = keysOf(outKeyboard->framesUntil(release(KEY_LEFTCTRL)));
+    // The button of the repeat counts as released after that of the chord.
+    EXPECT_THAT(outKeyboard->framesUntilQuiet(), SizeIs(::testing::Le(2)));
     std::erase_if(last, [](const NodeEvent& event) { return event.code == KEY_B; });
     EXPECT_THAT(last,
                 ElementsAreArray({release(KEY_A), release(KEY_LEFTSHIFT), release(KEY_LEFTCTRL)}));
     EXPECT_THAT(outKeyboard->heldKeys(), IsEmpty());
 
     mouse.plug();
-    waitUntilBound(3, mouse, *outKeyboard);
+    meetMouse();
+    mouse.pointer().press(3);
+    static_cast<void>(outKeyboard->framesUntil(press(KEY_A)));
 }
 
 TEST_F(OutputTest, random_sessions_end_with_nothing_held) {
@@ -230,7 +232,6 @@ TEST_F(OutputTest, random_sessions_end_with_nothing_held) {
         return std::uniform_int_distribution(0, most)(random);
     };
     for (int round = 0; round < 6; ++round) {
-        waitUntilBound(3, mouse, *outKeyboard);
         for (int event = 0; event < 150; ++event) {
             const auto button = static_cast<unsigned>(upTo(7));
             switch (upTo(3)) {
@@ -247,6 +248,7 @@ TEST_F(OutputTest, random_sessions_end_with_nothing_held) {
                     mouse.pointer().move(1, 1);
             }
             forget(*outKeyboard);
+            forget(*outMouse);
         }
         if (round % 2 == 0) {
             mouse.unplug();
@@ -254,6 +256,7 @@ TEST_F(OutputTest, random_sessions_end_with_nothing_held) {
                 return outKeyboard->heldKeys().empty() && outMouse->heldKeys().empty();
             })) << round;
             mouse.plug();
+            meetMouse();
         } else {
             session->run([](TessaraEngine& engine) { engine.activateProfile(std::nullopt); });
         }
@@ -280,11 +283,14 @@ TEST(KilledSession, the_mouse_works_as_before_and_nothing_is_held) {
     UHIDMouse mouse(dispatcher, firmware);
     mouse.plug();
     {
-        const auto outMouse = nodeOf(virtualMouseIdentity);
         const auto outKeyboard = nodeOf(virtualKeyboardIdentity);
-        waitUntilBound(3, mouse, *outKeyboard);
-        mouse.pointer().press(3);
-        static_cast<void>(outKeyboard->framesUntil({EV_KEY, KEY_A, 1}));
+        EXPECT_TRUE(waitFor([&] {  // until the engine knows the mouse, its buttons pass
+            mouse.pointer().press(3);
+            if (outKeyboard->next(100ms)) return true;
+            mouse.pointer().release(3);
+            return outKeyboard->next(20ms).has_value();
+        }));
+        const auto outMouse = nodeOf(virtualMouseIdentity);
         mouse.pointer().press(0);
         static_cast<void>(outMouse->framesUntil({EV_KEY, BTN_LEFT, 1}));
     }

@@ -1,10 +1,16 @@
 #include "Platform/Linux/KeyboardState.h"
 
+#include <algorithm>
+
 #include "Platform/CGEvent.h"
 #include "Platform/Linux/LinuxKeyTable.h"
 #include "Platform/ModifierKeys.h"
 
 namespace tessara {
+
+static_assert(std::ranges::all_of(modifierKeys, [](const ModifierKey& key) {
+    return LinuxKeyTable::kernelCode(key.code).has_value();
+}));
 
 bool KeyboardState::isDown(std::uint16_t kernelCode) const {
     return kernelCode < keyCount && holders_[kernelCode].load(std::memory_order_relaxed) > 0;

@@ -192,7 +192,7 @@ constexpr std::optional<std::uint16_t> find(const std::array<std::uint16_t, Limi
     return detail::find(detail::virtualCodes, kernelCode);
 }
 
-// Two keys of one code would be told apart here: only the last of them is found again.
+// Each key is found again from both sides, and so no code stands for two.
 static_assert([] {
     for (const auto& key : keys) {
         if (kernelCode(key.virtualCode) != key.kernelCode) return false;
