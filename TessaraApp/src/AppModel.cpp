@@ -85,6 +85,7 @@ AppModel::AppModel(const AppPlatform& platform)
       engineUpdate_(std::make_unique<Debouncer>(platform.engine.mainQueue, engineUpdateDelay)),
       config_(store_->load()),
       permissions_(currentPermissions(platform)) {
+    deviceMonitor_->setIsWheelTaken(platform.systemManagesWheel);
     connect(preferences_.get(), &AppPreferences::isPausedByUserChanged, this,
             &AppModel::refreshDerived);
     connect(store_.get(), &ConfigStore::problemChanged, this, &AppModel::refreshDerived);

@@ -160,7 +160,7 @@ asio::awaitable<void> DeviceMonitor::applyDesiredSettings() {
             co_return;
         }
     }
-    if (desiredHighResolutionWheel_) {
+    if (desiredHighResolutionWheel_ && !(isWheelTaken_ && isWheelTaken_())) {
         const auto done = co_await control->setWheelHighResolution(*desiredHighResolutionWheel_);
         if (!done && !weakSelf.expired()) record(done.error());
     }

@@ -44,7 +44,9 @@ class AppModelTest : public testing::VirtualTimeTest {
 
     void make() {
         model.reset();
-        model.emplace(host.appPlatform());
+        AppPlatform platform = host.appPlatform();
+        platform.systemManagesWheel = [this] { return systemManagesWheel; };
+        model.emplace(platform);
         count("config", &AppModel::configChanged);
         count("status", &AppModel::statusChanged);
         count("permissions", &AppModel::permissionsChanged);
@@ -84,6 +86,7 @@ class AppModelTest : public testing::VirtualTimeTest {
 
     SimulatedAppHost host{dispatcher};
     SimulatedApplication& editor = host.desktop.workspace().install("org.example.editor", "Editor");
+    bool systemManagesWheel = false;
     std::map<std::string, int> changes;
     std::optional<AppModel> model;
 
@@ -338,6 +341,19 @@ TEST_F(AppModelTest, an_unreadable_document_is_still_as_it_was_after_a_paused_se
     EXPECT_FALSE(clickIsGlide());
     model->stop();
     EXPECT_THAT(host.files.files(), IsEmpty());
+}
+
+TEST_F(AppModelTest, a_wheel_that_a_driver_of_the_system_sets_is_left_to_it) {
+    systemManagesWheel = true;
+    launch();
+    model->setHighResolutionWheel(true);
+    dispatcher.advance(seconds(1));
+    EXPECT_EQ(host.firmware.wheelMode(), 0);
+    EXPECT_EQ(host.firmware.dpi(), Profile::defaultDPI) << "all else is written";
+    systemManagesWheel = false;
+    model->reapplyDeviceSettings();
+    dispatcher.advance(seconds(1));
+    EXPECT_EQ(host.firmware.wheelMode(), 2);
 }
 
 TEST_F(AppModelTest, the_gate_for_device_settings_writes_all_of_them_when_it_opens) {

@@ -149,7 +149,8 @@ AppPlatform LinuxHost::appPlatform() {
             .shell = s.shell,
             .supportDirectory = s.supportDirectory,
             .version = UpdaterBuildSettings::ofThisCopy().current,
-            .activateApplication = {}};
+            .activateApplication = {},
+            .systemManagesWheel = [&s] { return s.platform.kernelManagesWheel(); }};
 }
 
 PermissionHelp& LinuxHost::permissionHelp() {

@@ -31,6 +31,9 @@ struct AppPlatform {
     ProgramVersion version;
     /// Brings the program's windows to the front; empty where it has none.
     std::function<void()> activateApplication;
+    /// Whether a driver of the system's sets the resolution of the mouse's wheel; empty where none
+    /// does.
+    std::function<bool()> systemManagesWheel = {};
 };
 
 }  // namespace tessara

@@ -100,6 +100,12 @@ class DeviceMonitor : public QObject {
     }
     void setDesiredHighResolutionWheel(std::optional<bool> isHighResolution);
 
+    /// Asked ahead of each write of the wheel's resolution: whether the system sets that itself, so
+    /// that a write would go behind its back. Without it nothing does. Set before `start`.
+    void setIsWheelTaken(std::function<bool()> isWheelTaken) {
+        isWheelTaken_ = std::move(isWheelTaken);
+    }
+
     /// Hears of every event of the mouse, ahead of what the monitor itself does. Set before
     /// `start`.
     void setOnDeviceEvent(EventHandler handler) { onDeviceEvent_ = std::move(handler); }
@@ -137,6 +143,7 @@ class DeviceMonitor : public QObject {
     bool isRefreshing_ = false;
     std::optional<std::int64_t> desiredReportRateHertz_;
     std::optional<bool> desiredHighResolutionWheel_;
+    std::function<bool()> isWheelTaken_;
     EventHandler onDeviceEvent_;
 
     bool isStarted_ = false;
