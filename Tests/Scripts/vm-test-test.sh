@@ -11,8 +11,8 @@ stand_in ldd 'exit 0'
 stand_in cpio 'cat >/dev/null'
 export XDG_CACHE_HOME=$tree/cache
 kernel=$XDG_CACHE_HOME/tessara-vm/hid+hid-generic+uhid+uinput+evdev/linux-image-1
-mkdir -p "$kernel" "$tree/build/dev/Tests/Kernel"
-touch "$kernel/vmlinuz" "$kernel/modules"
+mkdir -p "$kernel" "$tree/build/dev/Tests/Kernel" "$tree/build/dev/Programs/tessara-headless"
+touch "$kernel/vmlinuz" "$kernel/modules" "$tree/build/dev/Programs/tessara-headless/tessara-headless"
 
 # tests LINE...: what the test program lists. machine OUTPUT: what the machine prints.
 tests() {
