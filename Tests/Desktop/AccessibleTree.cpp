@@ -57,6 +57,7 @@ std::vector<AccessibleTree::Thing> AccessibleTree::childrenOf(const Thing& thing
         list.endStructure();
         children.push_back(child);
     }
+    list.endArray();
     return children;
 }
 

@@ -84,7 +84,9 @@ QString TrayHost::title() const {
         toolTip.endStructure();
     }
     toolTip.endArray();
-    toolTip >> title;
+    QString text;
+    toolTip >> title >> text;
+    toolTip.endStructure();
     return title;
 }
 
@@ -109,10 +111,14 @@ std::vector<TrayHost::Line> TrayHost::lines() const {
         layout >> variant;
         const auto child = variant.variant().value<QDBusArgument>();
         child.beginStructure();
-        child >> id >> properties;
+        QVariantList ofSubmenu;
+        child >> id >> properties >> ofSubmenu;
+        child.endStructure();
         if (properties.value(QStringLiteral("visible"), true).toBool())
             lines.push_back({.id = id, .text = textOf(properties)});
     }
+    layout.endArray();
+    layout.endStructure();
     return lines;
 }
 

@@ -185,6 +185,7 @@ std::vector<std::uint32_t> X11Connection::numbers(xcb_get_property_cookie_t cook
     if (!reply || reply->format != 32) return {};
     const auto bytes = static_cast<std::size_t>(xcb_get_property_value_length(reply.get()));
     std::vector<std::uint32_t> values(bytes / sizeof(std::uint32_t));
+    if (values.empty()) return values;
     std::memcpy(values.data(), xcb_get_property_value(reply.get()),
                 values.size() * sizeof(std::uint32_t));
     return values;
