@@ -127,8 +127,9 @@ TEST_F(Headless, whatever_ends_it_the_mouse_works_as_before_and_the_next_start_t
         } else {
             EXPECT_TRUE(WIFEXITED(status));
             EXPECT_EQ(WEXITSTATUS(status), 0);
-            static_cast<void>(virtualKeyboard->framesUntil({EV_KEY, KEY_A, 0}));
         }
+        // With its node the kernel drops what nobody has read yet of the releases, and readers
+        // count a node that has gone as let go of.
         EXPECT_TRUE(waitFor([] {
             return !EventNode::exists("Tessara Virtual Mouse") &&
                    !EventNode::exists("Tessara Virtual Keyboard");
