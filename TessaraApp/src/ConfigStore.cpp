@@ -113,16 +113,24 @@ Config ConfigStore::load() {
 void ConfigStore::save(const Config& config) {
     if (problem_) return;
     if (const auto made = files_.createFolders(folderOf(path_)); !made) {
-        return setLastSaveError(made.error().description);
+        setLastSaveError(made.error().description);
+        return;
     }
     const auto bytes = config.encoded();
-    if (!bytes) return setLastSaveError(description(bytes.error()));
+    if (!bytes) {
+        setLastSaveError(description(bytes.error()));
+        return;
+    }
     if (bytes->size() > maximumFileSizeInBytes) {
-        return setLastSaveError(
+        setLastSaveError(
             fmt::format("The settings would take {} bytes, and Tessara reads no more than {}.",
                         bytes->size(), maximumFileSizeInBytes));
+        return;
     }
-    if (auto error = keepCurrent(*bytes)) return setLastSaveError(std::move(error));
+    if (auto error = keepCurrent(*bytes)) {
+        setLastSaveError(std::move(error));
+        return;
+    }
     const auto written = files_.replaceAtomically(path_, *bytes);
     setLastSaveError(written ? std::nullopt : std::optional(written.error().description));
 }

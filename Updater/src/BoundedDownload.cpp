@@ -76,13 +76,13 @@ void BoundedDownload::request(const QUrl& url) {
 
 void BoundedDownload::follow(const QUrl& url) {
     if (++redirects_ > maximumRedirects) {
-        return fail(
-            fmt::format("The server sent Tessara on more than {} times.", maximumRedirects));
+        fail(fmt::format("The server sent Tessara on more than {} times.", maximumRedirects));
+        return;
     }
     if (!isSecure(url)) {
-        return fail(
-            fmt::format("The server sent Tessara on to “{}”, which is not a secure address.",
-                        url.toDisplayString().toStdString()));
+        fail(fmt::format("The server sent Tessara on to “{}”, which is not a secure address.",
+                         url.toDisplayString().toStdString()));
+        return;
     }
     reply_->deleteLater();
     receivedBytes_ = 0;
@@ -117,16 +117,19 @@ void BoundedDownload::watch() {
 
 void BoundedDownload::replyFinished() {
     if (reply_->error() != QNetworkReply::NoError) {
-        return fail(fmt::format("The transfer failed: {}.", reply_->errorString().toStdString()));
+        fail(fmt::format("The transfer failed: {}.", reply_->errorString().toStdString()));
+        return;
     }
     if (const QVariant target = reply_->attribute(QNetworkRequest::RedirectionTargetAttribute);
         target.isValid()) {
-        return follow(reply_->url().resolved(target.toUrl()));
+        follow(reply_->url().resolved(target.toUrl()));
+        return;
     }
     // A file has no status.
     const QVariant status = reply_->attribute(QNetworkRequest::HttpStatusCodeAttribute);
     if (status.isValid() && status.toInt() != 200) {
-        return fail(fmt::format("The server answered with the status {}.", status.toInt()));
+        fail(fmt::format("The server answered with the status {}.", status.toInt()));
+        return;
     }
     if (receive()) finish({});
 }

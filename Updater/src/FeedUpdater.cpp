@@ -42,7 +42,7 @@ std::uint64_t percent(const UpdaterState::Downloading& download) {
 }
 
 QUrl urlOf(const std::string& text) {
-    return QUrl(QString::fromStdString(text), QUrl::StrictMode);
+    return {QString::fromStdString(text), QUrl::StrictMode};
 }
 
 }  // namespace
@@ -120,9 +120,13 @@ void FeedUpdater::check() {
     release_.reset();
     setState(UpdaterState::Checking{});
     const QUrl url = urlOf(settings_.feedURL);
-    if (!key_) return feedRead(std::unexpected("This copy of Tessara has no key to verify them."));
+    if (!key_) {
+        feedRead(std::unexpected("This copy of Tessara has no key to verify them."));
+        return;
+    }
     if (!isAllowed(settings_.transport, url)) {
-        return feedRead(std::unexpected("The feed's address is not a secure one."));
+        feedRead(std::unexpected("The feed's address is not a secure one."));
+        return;
     }
     download_ = std::make_unique<BoundedDownload>(
         queue_, url, feedLimits,
@@ -141,7 +145,10 @@ void FeedUpdater::feedRead(const std::expected<void, std::string>& result) {
     hasFailed_ = !release;
     if (release) defaults_.set(lastCheckKey, wallClock_.now().time_since_epoch().count());
     schedule();
-    if (!judgement) return fail(couldNotCheck, judgement.error());
+    if (!judgement) {
+        fail(couldNotCheck, judgement.error());
+        return;
+    }
     if (judgement->is<UpdaterState::Available>()) {
         release_ = *release;
         if (delegate_) delegate_->updaterWillAskUser();
@@ -181,7 +188,10 @@ std::optional<std::string> FeedUpdater::feedURL() const {
 
 void FeedUpdater::downloadUpdate() {
     if (!state_.is<UpdaterState::Available>()) return;
-    if (const auto opened = openPackage(); !opened) return packageArrived(opened);
+    if (const auto opened = openPackage(); !opened) {
+        packageArrived(opened);
+        return;
+    }
     setState(UpdaterState::Downloading{release_->version, release_->lengthInBytes, 0});
     download_ = std::make_unique<BoundedDownload>(
         queue_, urlOf(release_->url), packageLimits(*release_),
@@ -231,7 +241,8 @@ void FeedUpdater::packageArrived(const std::expected<void, std::string>& result)
     if (verified) verified = verify();
     if (!verified) {
         deleteDownloads();
-        return fail(couldNotDownload, verified.error());
+        fail(couldNotDownload, verified.error());
+        return;
     }
     if (delegate_) delegate_->updaterWillAskUser();
     setState(UpdaterState::Verified{release_->version});
@@ -246,11 +257,15 @@ void FeedUpdater::installUpdate() {
     // The file has lain there for as long as the user took.
     if (const auto verified = verify(); !verified) {
         deleteDownloads();
-        return fail(couldNotInstall, verified.error());
+        fail(couldNotInstall, verified.error());
+        return;
     }
     // What no application opens is a good package all the same, and stays where the words say.
     const auto opened = opener_.openVerifiedPackage(package_->fileName().toStdString());
-    if (!opened) return fail(couldNotInstall, opened.error());
+    if (!opened) {
+        fail(couldNotInstall, opened.error());
+        return;
+    }
     setState(UpdaterState::HandedOver{release_->version});
 }
 

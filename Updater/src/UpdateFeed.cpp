@@ -109,7 +109,8 @@ class FeedReader {
             if (xml_.name() != QLatin1StringView("updates"))
                 return wrong("it is no list of updates");
             if (xml_.attributes().value(QLatin1StringView("format")) !=
-                QLatin1StringView(formatVersion.data())) {
+                QLatin1StringView(formatVersion.data(),
+                                  static_cast<qsizetype>(formatVersion.size()))) {
                 return wrong("it is of another format than this copy of Tessara reads");
             }
         }
