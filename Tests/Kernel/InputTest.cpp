@@ -42,10 +42,12 @@ namespace {
 using namespace std::chrono_literals;
 using ::testing::AllOf;
 using ::testing::Contains;
+using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::Ge;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 using ::testing::SizeIs;
 
 constexpr std::uint16_t side = BTN_LEFT + 3;
@@ -431,7 +433,8 @@ TEST(Input,
     const auto frames = desk.virtualMouse().framesUntil(key(side, true));
     EXPECT_THAT(frames.back().events, Contains(key(BTN_LEFT, false)));
     EXPECT_THAT(desk.virtualMouse().heldKeys(), ElementsAre(side));
-    EXPECT_THAT(desk.notices(), ElementsAre(CGEventType::tapDisabledByTimeout));
+    // Once for each time that the kernel ran out of room, which can be again before it is read.
+    EXPECT_THAT(desk.notices(), AllOf(Not(IsEmpty()), Each(CGEventType::tapDisabledByTimeout)));
     desk.mouse.pointer().release(3);
     static_cast<void>(desk.virtualMouse().framesUntil(key(side, false)));
 }
