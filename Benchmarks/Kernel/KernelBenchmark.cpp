@@ -286,8 +286,8 @@ void printTable(const std::vector<std::unique_ptr<Contender>>& contenders,
     }
     fmt::print(
         "\n| Lateness of glide steps | median (µs) | 99th percentile (µs) |\n|---|---|---|\n");
-    for (auto& [name, values] : {std::pair(contenders[0]->name(), &lateness.ofProgram),
-                                 std::pair(std::string("bare loop"), &lateness.ofBareLoop)}) {
+    for (const auto& [name, values] : {std::pair(contenders[0]->name(), &lateness.ofProgram),
+                                       std::pair(std::string("bare loop"), &lateness.ofBareLoop)}) {
         fmt::print("| {} | {:.0f} | {:.0f} |\n", name, quantile(*values, 0.5),
                    quantile(*values, 0.99));
     }
