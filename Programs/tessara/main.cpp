@@ -1,6 +1,7 @@
-// tessara: the program with its windows and its tray item, on this computer's mouse. SIGTERM and
-// SIGINT end it in good order. It ends with 0 then, with 1 when it could not start, and with 2 when
-// it was called with arguments that it does not know.
+// tessara [--at-login]: the program with its windows and its tray item, on this computer's mouse.
+// The desktop that starts it at login says so, and it waits for a tray before it shows a window.
+// SIGTERM and SIGINT end it in good order. It ends with 0 then, with 1 when it could not start, and
+// with 2 when it was called with other arguments.
 
 #include <QApplication>
 #include <cstdlib>
@@ -22,8 +23,10 @@ constexpr const char* applicationID = "ai.tessara.Tessara";
 int main(int argc, char** argv) {
     using namespace tessara;
     QApplication application(argc, argv);
-    if (argc > 1) {
-        fmt::print(stderr, "tessara: there are no arguments, and \"{}\" was given\n", argv[1]);
+    const QStringList arguments = QApplication::arguments().mid(1);
+    const bool isAtLogin = arguments == QStringList{QStringLiteral("--at-login")};
+    if (!arguments.isEmpty() && !isAtLogin) {
+        fmt::print(stderr, "usage: tessara [--at-login]\n");
         return misused;
     }
     QApplication::setApplicationName(QStringLiteral("Tessara"));
@@ -42,6 +45,6 @@ int main(int argc, char** argv) {
     (*host)->reapplySettingsOnWaking(program.model());
     const StopSignals stopSignals([] { QApplication::quit(); });
     QObject::connect(&instance, &SingleInstance::raiseRequested, &program, &DesktopProgram::raise);
-    program.start();
+    program.start(isAtLogin ? DesktopProgram::Launch::atLogin : DesktopProgram::Launch::byUser);
     return QApplication::exec();
 }

@@ -52,7 +52,7 @@ struct AutostartLoginItemTest : ::testing::Test {
     const std::string installed = "/usr/share/applications/tessara.desktop";
     const std::string installedText =
         "[Desktop Entry]\nType=Application\nName=Tessara\nName[de]=Tessara!\n"
-        "Exec=tessara --as \"a b\"\n";
+        "Exec=tessara --as \"a b\"";
     SimulatedFileSystem files;
     AutostartLoginItem item{files,
                             {.entry = entry,
@@ -72,7 +72,8 @@ TEST_F(AutostartLoginItemTest, registers_a_copy_of_the_installed_entry_and_takes
 
     ASSERT_TRUE(item.registerItem());
     EXPECT_EQ(item.status(), Status::enabled);
-    EXPECT_EQ(files.contents(entry), installedText + "X-GNOME-Autostart-enabled=true\n");
+    EXPECT_EQ(files.contents(entry),
+              installedText + " --at-login\nX-GNOME-Autostart-enabled=true\n");
     ASSERT_TRUE(item.registerItem());
     EXPECT_EQ(item.status(), Status::enabled);
 

@@ -13,6 +13,8 @@ namespace tessara {
 namespace {
 
 constexpr const char* entryName = "tessara.desktop";
+/// Tells the program that nobody is waiting for a window.
+constexpr const char* atLogin = " --at-login";
 /// How desktops mark an entry as switched off: the first as all agreed, the second beside it.
 constexpr const char* autostartEnabledKey = "X-GNOME-Autostart-enabled";
 
@@ -54,6 +56,10 @@ class EntryFile {
         g_key_file_remove_key(keys_.get(), G_KEY_FILE_DESKTOP_GROUP, G_KEY_FILE_DESKTOP_KEY_HIDDEN,
                               nullptr);
         g_key_file_set_boolean(keys_.get(), G_KEY_FILE_DESKTOP_GROUP, autostartEnabledKey, TRUE);
+        if (const auto command = string(G_KEY_FILE_DESKTOP_KEY_EXEC)) {
+            g_key_file_set_string(keys_.get(), G_KEY_FILE_DESKTOP_GROUP,
+                                  G_KEY_FILE_DESKTOP_KEY_EXEC, (*command + atLogin).c_str());
+        }
         gsize length = 0;
         const OwnedText text(g_key_file_to_data(keys_.get(), &length, nullptr), &g_free);
         return {text.get(), length};

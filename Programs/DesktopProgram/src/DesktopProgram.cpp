@@ -4,7 +4,9 @@
 #include <QCoreApplication>
 #include <QEvent>
 #include <QPixmap>
+#include <QTimer>
 #include <QVariantMap>
+#include <chrono>
 
 #include "Platform/DesktopShell.h"
 #include "TessaraApp/AppPlatform.h"
@@ -17,6 +19,8 @@
 
 namespace tessara {
 namespace {
+
+constexpr std::chrono::seconds trayPatience{30};
 
 void bringForward(QQuickWindow& window) {
     if (window.windowStates().testFlag(Qt::WindowMinimized)) {
@@ -60,9 +64,13 @@ QIcon DesktopProgram::icon(const QString& symbol) {
     return icon;
 }
 
-void DesktopProgram::start() {
+void DesktopProgram::start(Launch launch) {
     model_->start();
-    followTray();
+    if (launch == Launch::atLogin) {
+        QTimer::singleShot(trayPatience, this, &DesktopProgram::stopAwaitingTray);
+    } else {
+        stopAwaitingTray();
+    }
     if (!model_->preferences().hasCompletedOnboarding()) showOnboarding();
 }
 
@@ -74,10 +82,15 @@ void DesktopProgram::raise() {
     }
 }
 
+void DesktopProgram::stopAwaitingTray() {
+    isTrayAwaited_ = false;
+    followTray();
+}
+
 void DesktopProgram::followTray() {
     if (settings_) settings_->setHasTray(tray_->isAvailable());
     // Without a tray this window is the only way to the program.
-    if (!tray_->isAvailable() && !settingsWindow_) showSettings();
+    if (!tray_->isAvailable() && !isTrayAwaited_ && !settingsWindow_) showSettings();
 }
 
 void DesktopProgram::showSettings() {

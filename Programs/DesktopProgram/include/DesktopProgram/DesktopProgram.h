@@ -31,9 +31,15 @@ class DesktopProgram : public QObject {
     DesktopProgram(const AppPlatform& platform, PermissionHelp* help);
     ~DesktopProgram() override;
 
+    enum class Launch {
+        byUser,
+        atLogin,  ///< by the desktop, whose tray may be slower than this program
+    };
+
     /// Launches the model and shows what a user has to see: the onboarding until it was gone
-    /// through once, and the settings where there is no tray.
-    void start();
+    /// through once, and the settings where there is no tray. At login a tray has half a minute to
+    /// come.
+    void start(Launch launch);
 
     /// A second start of the program brings the window of this one forward, and so does whoever
     /// calls this.
@@ -52,6 +58,7 @@ class DesktopProgram : public QObject {
 
   private:
     void followTray();
+    void stopAwaitingTray();
 
     /// Ahead of all that has texts.
     const SystemWording wording_;
@@ -65,6 +72,8 @@ class DesktopProgram : public QObject {
     std::unique_ptr<QQuickWindow> settingsWindow_;
     /// Kept once it was made: it comes back as the user left it.
     std::unique_ptr<QQuickWindow> onboardingWindow_;
+    /// A tray that is not there may still come.
+    bool isTrayAwaited_ = true;
 };
 
 }  // namespace tessara

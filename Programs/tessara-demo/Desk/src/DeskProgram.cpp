@@ -37,7 +37,7 @@ int runDesk(int argc, char** argv) {
     DeskModel desk(host);
     DesktopProgram program(host.appPlatform(), nullptr);
     QObject::connect(&instance, &SingleInstance::raiseRequested, &program, &DesktopProgram::raise);
-    program.start();
+    program.start(DesktopProgram::Launch::byUser);
     program.showSettings();
     const auto window = program.interface().makeWindow(
         QStringLiteral("DeskWindow"), {{QStringLiteral("desk"), QVariant::fromValue(&desk)}},

@@ -12,9 +12,9 @@ class FileSystem;
 struct XDGDirectories;
 
 /// The program among the applications that the desktop starts at login: a copy of its desktop entry
-/// in the user's autostart folder (Desktop Application Autostart of freedesktop.org). An entry that
-/// the desktop's own settings switched off stays switched off: it reads as waiting for approval,
-/// and registering leaves it as it is.
+/// in the user's autostart folder (Desktop Application Autostart of freedesktop.org), started with
+/// `--at-login`. An entry that the desktop's own settings switched off stays switched off: it reads
+/// as waiting for approval, and registering leaves it as it is.
 class AutostartLoginItem final : public LoginItemService {
   public:
     struct Places {
