@@ -6,18 +6,21 @@
 
 #include <fmt/format.h>
 
+#include "Platform/MouseEvents.h"
+#include "Platform/ScrollDeltas.h"
 #include "TessaraEngine/EngineStatus.h"
 
 namespace tessara {
 namespace {
 
-constexpr std::int64_t phaseBegan = 1;
-constexpr std::int64_t phaseEnded = 4;
-
 /// Sums up the scroll events and lists the rest.
 class Digest {
   public:
     void add(const CGEvent& event) {
+        if (const auto change = mouseButtonChange(event)) {
+            list(fmt::format("button {} {}", change->button, change->isDown ? "down" : "up"));
+            return;
+        }
         switch (event.type) {
             case CGEventType::scrollWheel:
                 addScroll(event);
@@ -30,16 +33,6 @@ class Digest {
                 return;
             case CGEventType::flagsChanged:
                 list(fmt::format("modifiers {:#x}", event.flags));
-                return;
-            case CGEventType::leftMouseDown:
-            case CGEventType::rightMouseDown:
-            case CGEventType::otherMouseDown:
-                list(fmt::format("button {} down", button(event)));
-                return;
-            case CGEventType::leftMouseUp:
-            case CGEventType::rightMouseUp:
-            case CGEventType::otherMouseUp:
-                list(fmt::format("button {} up", button(event)));
                 return;
             default:
                 ++motions_;
@@ -71,9 +64,9 @@ class Digest {
             return;
         }
         const std::int64_t phase = event.integerValue(CGEventField::scrollWheelEventScrollPhase);
-        gestures_ += phase == phaseBegan ? 1 : 0;
-        ended_ += phase == phaseEnded ? 1 : 0;
-        steps_ += phase == phaseEnded ? 0 : 1;
+        gestures_ += phase == scrollPhaseBegan ? 1 : 0;
+        ended_ += phase == scrollPhaseEnded ? 1 : 0;
+        steps_ += phase == scrollPhaseEnded ? 0 : 1;
         pixels_ += event.integerValue(CGEventField::scrollWheelEventPointDeltaAxis1) +
                    event.integerValue(CGEventField::scrollWheelEventPointDeltaAxis2);
     }
@@ -81,10 +74,6 @@ class Digest {
     void list(const std::string& item) {
         if (!listed_.empty()) listed_ += ", ";
         listed_ += item;
-    }
-
-    static std::int64_t button(const CGEvent& event) {
-        return event.integerValue(CGEventField::mouseEventButtonNumber);
     }
 
     std::int64_t gestures_ = 0;

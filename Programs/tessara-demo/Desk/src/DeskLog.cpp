@@ -2,31 +2,10 @@
 
 #include <utility>
 
+#include "Platform/MouseEvents.h"
+#include "Platform/ScrollDeltas.h"
+
 namespace tessara {
-namespace {
-
-constexpr std::int64_t phaseEnded = 4;
-
-bool isButton(CGEventType type) {
-    switch (type) {
-        case CGEventType::leftMouseDown:
-        case CGEventType::leftMouseUp:
-        case CGEventType::rightMouseDown:
-        case CGEventType::rightMouseUp:
-        case CGEventType::otherMouseDown:
-        case CGEventType::otherMouseUp:
-            return true;
-        default:
-            return false;
-    }
-}
-
-bool isDown(CGEventType type) {
-    return type == CGEventType::leftMouseDown || type == CGEventType::rightMouseDown ||
-           type == CGEventType::otherMouseDown || type == CGEventType::keyDown;
-}
-
-}  // namespace
 
 void DeskLog::append(const QString& application, const CGEvent& event) {
     Line next = lineOf(event);
@@ -81,22 +60,21 @@ DeskLog::Line DeskLog::lineOf(const CGEvent& event) {
                     .vertical = value(CGEventField::scrollWheelEventDeltaAxis1),
                     .horizontal = value(CGEventField::scrollWheelEventDeltaAxis2)};
         }
-        const bool isOver = value(CGEventField::scrollWheelEventScrollPhase) == phaseEnded;
+        const bool isOver = value(CGEventField::scrollWheelEventScrollPhase) == scrollPhaseEnded;
         return {.kind = Kind::glide,
                 .steps = isOver ? 0 : 1,
                 .vertical = value(CGEventField::scrollWheelEventPointDeltaAxis1),
                 .horizontal = value(CGEventField::scrollWheelEventPointDeltaAxis2),
                 .isOver = isOver};
     }
-    if (isButton(event.type)) {
-        const auto button = value(CGEventField::mouseEventButtonNumber);
-        return {.what = isDown(event.type) ? tr("button %1 pressed").arg(button)
-                                           : tr("button %1 released").arg(button)};
+    if (const auto change = mouseButtonChange(event)) {
+        return {.what = (change->isDown ? tr("button %1 pressed") : tr("button %1 released"))
+                            .arg(change->button)};
     }
     if (event.type == CGEventType::keyDown || event.type == CGEventType::keyUp) {
-        const auto code = value(CGEventField::keyboardEventKeycode);
-        return {.what = isDown(event.type) ? tr("key %1 pressed").arg(code)
-                                           : tr("key %1 released").arg(code)};
+        const bool isDown = event.type == CGEventType::keyDown;
+        return {.what = (isDown ? tr("key %1 pressed") : tr("key %1 released"))
+                            .arg(value(CGEventField::keyboardEventKeycode))};
     }
     if (event.type == CGEventType::flagsChanged)
         return {.what = tr("modifiers %1").arg(event.flags, 0, 16)};
@@ -111,20 +89,24 @@ bool DeskLog::goesOn(const Line& line, const Line& next) {
            line.application == next.application;
 }
 
+QString DeskLog::wayOf(const Line& line, const QString& upright, const QString& sideways) {
+    if (line.horizontal == 0) return upright.arg(line.vertical);
+    if (line.vertical == 0) return sideways.arg(line.horizontal);
+    return tr("%1 and %2").arg(upright.arg(line.vertical), sideways.arg(line.horizontal));
+}
+
 QString DeskLog::textOf(const Line& line) {
     const auto told = [&line](const QString& what) {
         return tr("%1: %2").arg(line.application, what);
     };
     switch (line.kind) {
-        case Kind::glide: {
-            const QString way = line.horizontal == 0 ? tr("%1 px").arg(line.vertical)
-                                                     : tr("%1 px sideways").arg(line.horizontal);
-            return told(tr("a glide of %1, in %2 steps").arg(way).arg(line.steps));
-        }
+        case Kind::glide:
+            return told(tr("a glide of %1, in %2 steps")
+                            .arg(wayOf(line, tr("%1 px"), tr("%1 px sideways")))
+                            .arg(line.steps));
         case Kind::wheel:
-            return told(line.horizontal == 0
-                            ? tr("the wheel as it is, %1 lines").arg(line.vertical)
-                            : tr("the wheel as it is, %1 lines sideways").arg(line.horizontal));
+            return told(tr("the wheel as it is, %1")
+                            .arg(wayOf(line, tr("%1 lines"), tr("%1 lines sideways"))));
         case Kind::motion:
             return told(tr("the pointer moved by %1, %2").arg(line.horizontal).arg(line.vertical));
         case Kind::other:

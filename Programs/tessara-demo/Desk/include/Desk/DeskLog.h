@@ -52,6 +52,9 @@ class DeskLog : public QAbstractListModel {
     void appendLine(Line line);
     [[nodiscard]] static Line lineOf(const CGEvent& event);
     [[nodiscard]] static bool goesOn(const Line& line, const Line& next);
+    /// How far a line's events went, by the texts for either axis.
+    [[nodiscard]] static QString wayOf(const Line& line, const QString& upright,
+                                       const QString& sideways);
     [[nodiscard]] static QString textOf(const Line& line);
 
     std::vector<Line> lines_;
