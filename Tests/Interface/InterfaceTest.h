@@ -16,7 +16,7 @@
 
 namespace tessara {
 
-/// The application on the simulated desktop, with its real settings window drawn off any screen.
+/// The application on the simulated desktop, with its real windows drawn off any screen.
 class InterfaceTest : public testing::VirtualTimeTest {
   protected:
     InterfaceTest() { host.desktop.workspace().bringToFront(editor); }
@@ -28,24 +28,31 @@ class InterfaceTest : public testing::VirtualTimeTest {
         dispatcher.discard();
     }
 
-    /// Launches with the mouse plugged in and opens the window.
-    void open() {
-        host.plugInMouse();
+    void launch() {
         model = std::make_unique<AppModel>(host.appPlatform());
         model->start();
         settle();
-        settings = std::make_unique<SettingsViewModel>(*model);
+    }
+    /// The window of that name, with its view-model for the property of that name.
+    template <typename ViewModel>
+    void show(const QString& name, const QString& property, ViewModel& viewModel,
+              const QString& module = QStringLiteral("Tessara.Interface")) {
         engine.theme().setMotionMillis(0);
-        window =
-            engine.makeWindow(QStringLiteral("SettingsRootView"),
-                              {{QStringLiteral("settings"), QVariant::fromValue(settings.get())}});
+        window = engine.makeWindow(name, {{property, QVariant::fromValue(&viewModel)}}, module);
         driver.emplace(*window);
+    }
+    /// Launches with the mouse plugged in and opens the settings.
+    void open() {
+        host.plugInMouse();
+        launch();
+        settings = std::make_unique<SettingsViewModel>(*model);
+        show(QStringLiteral("SettingsRootView"), QStringLiteral("settings"), *settings);
     }
     /// Until edits have reached the engine and the disk, and glides have run out.
     void settle() { dispatcher.advance(std::chrono::seconds(5)); }
 
     SimulatedAppHost host{dispatcher};
-    SimulatedApplication& editor = host.desktop.workspace().install("org.example.editor", "Editor");
+    SimulatedApplication& editor = host.desktop.workspace().install("org.example.notes", "Notes");
     InterfaceEngine engine;
     std::unique_ptr<AppModel> model;
     std::unique_ptr<SettingsViewModel> settings;

@@ -55,6 +55,8 @@ TEST_F(SettingsRootViewTest, the_page_shows_the_profile_that_is_picked) {
     driver->key("Editing profile", QAccessible::ComboBox, Qt::Key_Down);
     EXPECT_EQ(settings->profile().selectedProfileID(), "canvas");
     EXPECT_EQ(driver->value("Distance per wheel click", QAccessible::Slider), 200);
+    model->editConfig([](Config& config) { config.profiles.back().name = "Drawing"; });
+    EXPECT_TRUE(driver->texts().contains("Drawing")) << "a new name is no other choice";
     model->editConfig([](Config& config) { config.profiles.pop_back(); });
     EXPECT_EQ(driver->value("Distance per wheel click", QAccessible::Slider), 50);
 }

@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QQuickItem>
 #include <QTest>
+#include <QWheelEvent>
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -71,13 +72,45 @@ double WindowDriver::value(const QString& name, QAccessible::Role role) const {
     return node && node->valueInterface() ? node->valueInterface()->currentValue().toDouble() : NAN;
 }
 
-void WindowDriver::key(const QString& name, QAccessible::Role role, Qt::Key key) {
+bool WindowDriver::isChecked(const QString& name) const {
+    const QAccessibleInterface* node = find(name, QAccessible::CheckBox);
+    EXPECT_TRUE(node) << "there is no " << name.toStdString();
+    return node && node->state().checked;
+}
+
+QQuickItem* WindowDriver::itemOf(const QString& name, QAccessible::Role role) const {
     QAccessibleInterface* node = find(name, role);
-    ASSERT_TRUE(node) << "there is no " << name.toStdString();
-    auto* item = qobject_cast<QQuickItem*>(node->object());
-    ASSERT_TRUE(item) << name.toStdString();
+    auto* item = node ? qobject_cast<QQuickItem*>(node->object()) : nullptr;
+    EXPECT_TRUE(item) << "there is no " << name.toStdString();
+    return item;
+}
+
+void WindowDriver::key(const QString& name, QAccessible::Role role, Qt::Key key) {
+    QQuickItem* item = itemOf(name, role);
+    if (!item) return;
     item->forceActiveFocus(Qt::TabFocusReason);
     this->key(key);
+}
+
+void WindowDriver::drag(const QString& name, QAccessible::Role role, QPoint way) {
+    QQuickItem* item = itemOf(name, role);
+    if (!item) return;
+    const QPoint middle = item->mapToScene(item->boundingRect().center()).toPoint();
+    QTest::mousePress(&window_, Qt::LeftButton, {}, middle);
+    if (!way.isNull()) QTest::mouseMove(&window_, middle + way);
+    QTest::mouseRelease(&window_, Qt::LeftButton, {}, middle + way);
+    QCoreApplication::processEvents();
+}
+
+void WindowDriver::turnWheel(const QString& name, QAccessible::Role role, int clicks) {
+    QQuickItem* item = itemOf(name, role);
+    if (!item) return;
+    const QPointF middle = item->mapToScene(item->boundingRect().center());
+    QWheelEvent event(middle, window_.mapToGlobal(middle), {},
+                      {0, clicks * QWheelEvent::DefaultDeltasPerStep}, Qt::NoButton, {},
+                      Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(&window_, &event);
+    QCoreApplication::processEvents();
 }
 
 void WindowDriver::key(Qt::Key key) {

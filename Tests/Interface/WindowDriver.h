@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QAccessible>
+#include <QPoint>
 #include <QQuickWindow>
 #include <QString>
 #include <vector>
@@ -28,11 +29,18 @@ class WindowDriver {
     void setValue(const QString& name, double value);
 
     [[nodiscard]] double value(const QString& name, QAccessible::Role role) const;
+    [[nodiscard]] bool isChecked(const QString& name) const;
 
     /// Gives the control the keyboard's focus and presses a key there.
     void key(const QString& name, QAccessible::Role role, Qt::Key key);
     /// Presses a key where the focus is.
     void key(Qt::Key key);
+
+    /// Presses the pointer's left button on the middle of the control, goes that way, and lets go.
+    void drag(const QString& name, QAccessible::Role role, QPoint way);
+    /// Turns the pointer's wheel over the control, up above zero.
+    void turnWheel(const QString& name, QAccessible::Role role, int clicks);
+
     /// What has the focus: its role and its name.
     struct Control {
         QAccessible::Role role;
@@ -48,6 +56,8 @@ class WindowDriver {
 
   private:
     [[nodiscard]] QAccessibleInterface* find(const QString& name, QAccessible::Role role) const;
+    /// Null, and the test has failed, when there is none.
+    [[nodiscard]] QQuickItem* itemOf(const QString& name, QAccessible::Role role) const;
     template <typename Visit>
     void visit(QAccessibleInterface* node, const Visit& visitor) const;
 

@@ -100,15 +100,6 @@ TEST_F(SettingsViewModelTest, a_document_that_cannot_be_read_has_three_ways_out)
     EXPECT_EQ(host.files.contents(SimulatedAppHost::configPath), mine);
 }
 
-TEST_F(SettingsViewModelTest, asks_for_the_onboarding_when_a_permission_is_missing) {
-    host.desktop.permissions().revokeAccessibility();
-    open();
-    QSignalSpy requests(settings.get(), &SettingsViewModel::onboardingRequested);
-    EXPECT_EQ(notice(0).actions(), QStringList{"Finish Setting Up…"});
-    perform(0, 0);
-    EXPECT_EQ(requests.count(), 1);
-}
-
 TEST_F(SettingsViewModelTest, the_tabs_name_the_window_and_some_edit_a_profile) {
     open();
     QSignalSpy changes(settings.get(), &SettingsViewModel::selectedTabChanged);

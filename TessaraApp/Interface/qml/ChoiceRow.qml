@@ -11,7 +11,7 @@ SettingRow {
     control: ComboBox {
         text: row.choice.title
         model: row.choice.labels
-        currentIndex: row.choice.currentIndex
+        chosen: row.choice.currentIndex
         onActivated: index => row.choice.choose(index)
     }
 }

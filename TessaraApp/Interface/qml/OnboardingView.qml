@@ -126,8 +126,8 @@ T.ApplicationWindow {
                         }
                         Switch {
                             text: window.onboarding.startAtLoginText
-                            checked: window.onboarding.startsAtLogin
-                            onToggled: window.onboarding.setStartsAtLogin(checked)
+                            isOn: window.onboarding.startsAtLogin
+                            onTurned: isOn => window.onboarding.startsAtLogin = isOn
                         }
                     }
                     Explain { text: window.onboarding.loginStatusText }

@@ -19,7 +19,7 @@ RowLayout {
     ComboBox {
         text: row.scope.title
         model: row.scope.names
-        currentIndex: row.scope.currentIndex
+        chosen: row.scope.currentIndex
         onActivated: index => row.scope.choose(index)
     }
     Icon {

@@ -10,7 +10,7 @@ SettingRow {
     setting: toggle
     control: Switch {
         text: row.toggle.title
-        checked: row.toggle.isOn
-        onCheckedChanged: row.toggle.turn(checked)
+        isOn: row.toggle.isOn
+        onTurned: isOn => row.toggle.turn(isOn)
     }
 }

@@ -32,8 +32,8 @@ T.ApplicationWindow {
         }
         Switch {
             text: row.title
-            checked: row.isOn
-            onToggled: row.turned(checked)
+            isOn: row.isOn
+            onTurned: isOn => row.turned(isOn)
         }
     }
 
@@ -60,17 +60,17 @@ T.ApplicationWindow {
             SwitchRow {
                 title: window.desk.plugTitle
                 isOn: window.desk.isPluggedIn
-                onTurned: (isOn) => window.desk.setPluggedIn(isOn)
+                onTurned: isOn => window.desk.isPluggedIn = isOn
             }
             SwitchRow {
                 title: window.desk.inputMonitoringTitle
                 isOn: window.desk.hasInputMonitoring
-                onTurned: (isOn) => window.desk.setInputMonitoring(isOn)
+                onTurned: isOn => window.desk.hasInputMonitoring = isOn
             }
             SwitchRow {
                 title: window.desk.accessibilityTitle
                 isOn: window.desk.hasAccessibility
-                onTurned: (isOn) => window.desk.setAccessibility(isOn)
+                onTurned: isOn => window.desk.hasAccessibility = isOn
             }
             Button {
                 Layout.fillWidth: true
@@ -85,10 +85,10 @@ T.ApplicationWindow {
                 Label { text: window.desk.frontmostTitle }
                 ComboBox {
                     Layout.fillWidth: true
+                    text: window.desk.frontmostTitle
                     model: window.desk.applications
-                    currentIndex: window.desk.frontmost
-                    Accessible.name: window.desk.frontmostTitle
-                    onActivated: (index) => window.desk.bringToFront(index)
+                    chosen: window.desk.frontmost
+                    onActivated: index => window.desk.frontmost = index
                 }
             }
             RowLayout {

@@ -3,12 +3,21 @@ import QtQuick
 import QtQuick.Templates as T
 import Tessara.Style
 
-/// A picker of one of a few texts. `text` is its accessible name.
+/// A picker of one of a few texts. `text` is its accessible name. It shows `chosen`, whatever becomes
+/// of its texts; whoever picks another one only asks for it, with `activated`.
 T.ComboBox {
     id: control
 
     property string text
+    property int chosen: -1
 
+    function showChosen(): void {
+        currentIndex = Qt.binding(() => control.chosen);
+    }
+
+    currentIndex: chosen
+    onModelChanged: showChosen()
+    onActivated: showChosen()
     implicitWidth: widest.width + 52
     implicitHeight: 30
     leftPadding: 12
@@ -16,6 +25,7 @@ T.ComboBox {
     font.pixelSize: Theme.bodySize
     opacity: enabled ? 1 : 0.45
     Accessible.name: text
+    Accessible.description: displayText
     Accessible.onPressAction: {
         control.forceActiveFocus();
         popup.open();

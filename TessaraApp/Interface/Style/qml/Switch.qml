@@ -2,20 +2,34 @@ import QtQuick
 import QtQuick.Templates as T
 import Tessara.Style
 
-/// A switch without words of its own: `text` is its accessible name, shown by whoever uses it.
+/// A switch without words of its own: `text` is its accessible name, shown by whoever uses it. It
+/// shows `isOn`; whoever flips it only asks for that, with `turned`, and may not get it.
 T.Switch {
     id: control
 
+    property bool isOn: false
+    signal turned(bool isOn)
+
+    function flip(): void {
+        toggle();
+        toggled();
+    }
+
+    checked: isOn
+    onToggled: {
+        turned(checked);
+        checked = Qt.binding(() => control.isOn);
+    }
     implicitWidth: 40
     implicitHeight: 24
     opacity: enabled ? 1 : 0.45
     Accessible.name: text
     Accessible.checkable: true
     Accessible.checked: checked
-    Accessible.onToggleAction: control.toggle()
-    Accessible.onPressAction: control.toggle()
-    Keys.onReturnPressed: control.toggle()
-    Keys.onEnterPressed: control.toggle()
+    Accessible.onToggleAction: control.flip()
+    Accessible.onPressAction: control.flip()
+    Keys.onReturnPressed: control.flip()
+    Keys.onEnterPressed: control.flip()
 
     indicator: Rectangle {
         width: 40

@@ -127,7 +127,7 @@ class OnboardingViewModel : public QObject {
     [[nodiscard]] bool offersLogin() const { return content_.step == done; }
     [[nodiscard]] QString startAtLoginText() const { return tr("Start Tessara when I log in"); }
     [[nodiscard]] bool startsAtLogin() const { return content_.startsAtLogin; }
-    Q_INVOKABLE void setStartsAtLogin(bool starts);
+    void setStartsAtLogin(bool starts);
     [[nodiscard]] QString loginStatusText() const { return content_.loginStatusText; }
     /// Empty unless the system refused the last change of the switch.
     [[nodiscard]] QString loginErrorText() const { return content_.loginErrorText; }
