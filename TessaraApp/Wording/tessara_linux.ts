@@ -23,6 +23,17 @@
     </message>
 </context>
 <context>
+    <name>tessara::DeskModel</name>
+    <message>
+        <source>Input Monitoring granted</source>
+        <translation>Mouse Access granted</translation>
+    </message>
+    <message>
+        <source>Accessibility granted</source>
+        <translation>Input Control granted</translation>
+    </message>
+</context>
+<context>
     <name>tessara::LaunchAtLogin</name>
     <message>
         <source>Tessara will not start on its own. Your mouse forgets its DPI, report rate and wheel mode every time it is unplugged or the Mac reboots, so they will only come back once you open Tessara.</source>

@@ -41,12 +41,14 @@ Texts textsOfTheSources() {
     const QTemporaryDir folder;
     const QString found = folder.filePath(QStringLiteral("found.ts"));
     const QString sources = QStringLiteral(SOURCE_FOLDER);
-    EXPECT_EQ(QProcess::execute(
-                  QStringLiteral(LUPDATE),
-                  {"-silent", "-recursive", sources + "/TessaraApp",
-                   sources + "/Programs/DesktopProgram", "-I", sources + "/TessaraApp/include",
-                   "-I", sources + "/TessaraApp/ViewModels/include", "-ts", found}),
-              0);
+    EXPECT_EQ(
+        QProcess::execute(
+            QStringLiteral(LUPDATE),
+            {"-silent", "-recursive", sources + "/TessaraApp", sources + "/Programs/DesktopProgram",
+             sources + "/Programs/tessara-demo/Desk", "-I", sources + "/TessaraApp/include", "-I",
+             sources + "/TessaraApp/ViewModels/include", "-I",
+             sources + "/Programs/tessara-demo/Desk/include", "-ts", found}),
+        0);
     return readTexts(found);
 }
 
