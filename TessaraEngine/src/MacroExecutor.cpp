@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <iterator>
 #include <map>
 #include <utility>
 #include <variant>
@@ -55,6 +56,14 @@ bool isMouseButton(const ButtonIntent& intent) {
            std::holds_alternative<PassThroughButtonIntent>(intent);
 }
 
+/// Whether the intent lets go of something that is not in the executor's own account: a button that
+/// the system's own event has pressed, or a shift of the resolution.
+bool settlesForeignDebt(const ButtonIntent& intent) {
+    if (std::holds_alternative<SetDPIIntent>(intent)) return true;
+    const auto* passed = std::get_if<PassThroughButtonIntent>(&intent);
+    return passed != nullptr && !passed->isDown;
+}
+
 template <typename Container>
 std::int64_t count(const Container& container) {
     return static_cast<std::int64_t>(container.size());
@@ -87,6 +96,17 @@ struct MacroExecutor::Core : std::enable_shared_from_this<Core> {
         }
     }
 
+    /// Hands to a reset's list what the list of the one before has not come to: that will not be
+    /// played any more, and its button would stay down or its resolution in force.
+    void takeOverDebts(std::vector<ButtonIntent>& list) TESSARA_REQUIRES(mutex) {
+        std::erase_if(owed, [&](const ButtonIntent& intent) {
+            return std::ranges::find(list, intent) != list.end();
+        });
+        list.insert(list.begin(), owed.begin(), owed.end());
+        owed.clear();
+        std::ranges::copy_if(list, std::back_inserter(owed), settlesForeignDebt);
+    }
+
     /// Whether the epoch has passed; the intents that are left of it are then given up.
     bool isPast(std::uint64_t ofEpoch, std::size_t intentsLeft) {
         MutexLock lock(mutex);
@@ -117,6 +137,7 @@ struct MacroExecutor::Core : std::enable_shared_from_this<Core> {
         if (isMouseButton(intent)) ++metrics.mouseButtonsPosted;
         if (std::holds_alternative<SetDPIIntent>(intent)) ++metrics.dpiRequests;
         held.note(intent);
+        std::erase(owed, intent);
         return true;
     }
 
@@ -187,6 +208,8 @@ struct MacroExecutor::Core : std::enable_shared_from_this<Core> {
     /// Grows with each reset; work of an earlier one does nothing.
     std::uint64_t epoch TESSARA_GUARDED_BY(mutex) = 0;
     HeldInput held TESSARA_GUARDED_BY(mutex);
+    /// What the last reset's list has yet to let go of and `held` does not know.
+    std::vector<ButtonIntent> owed TESSARA_GUARDED_BY(mutex);
 };
 
 MacroExecutor::MacroExecutor(std::shared_ptr<EventPosting> poster,
@@ -213,6 +236,7 @@ void MacroExecutor::reset(std::vector<ButtonIntent> thenExecuting) {
     {
         MutexLock lock(core_->mutex);
         epoch = ++core_->epoch;
+        core_->takeOverDebts(thenExecuting);
         toRelease = core_->held.takeAllBut(thenExecuting);
         timers.swap(core_->repeatTimers);
         Metrics& metrics = core_->metrics;

@@ -138,6 +138,22 @@ TEST_F(MacroExecutorTest, a_list_decided_on_before_a_reset_is_not_played_after_i
     EXPECT_EQ(executor->snapshotMetrics().intentsAbandoned, 1);
 }
 
+TEST_F(MacroExecutorTest, what_a_reset_owes_to_others_outlives_the_next_reset) {
+    const PassThroughButtonIntent passedUp{.number = 5, .isDown = false};
+    executor->reset({up(1), passedUp, SetDPIIntent{2000}});
+    executor->reset({SetDPIIntent{1200}});
+    executor->reset({});
+    dispatcher.runReady();
+    EXPECT_THAT(takePosted(), ElementsAre("mouseButton(5 up)"));
+    EXPECT_THAT(sideEffects->effects(),
+                ElementsAre(SideEffect(DPIRequest{2000}), SideEffect(DPIRequest{1200})));
+    sideEffects->reset();
+    executor->reset({});
+    dispatcher.runReady();
+    EXPECT_THAT(takePosted(), IsEmpty());
+    EXPECT_THAT(sideEffects->effects(), IsEmpty()) << "paid is paid";
+}
+
 TEST_F(MacroExecutorTest, a_repeat_plays_at_multiples_of_its_interval_until_it_is_stopped) {
     play({repeatOf(KeyStep{.code = 1}, 10)});
     EXPECT_EQ(executor->activeRepeatCount(), 1);

@@ -66,6 +66,10 @@ class MacroExecutor {
 
     /// Ends all that is being played, releases what is held, then plays `thenExecuting`. Keys and
     /// buttons that this list itself releases are left to it. The releases go out newest first.
+    ///
+    /// When the list of an earlier reset has not been played yet, its releases of buttons that the
+    /// system's own events pressed, and its change of the resolution, go out ahead of this list:
+    /// nobody else knows of them.
     void reset(std::vector<ButtonIntent> thenExecuting);
 
     /// Ends all repeats. What is held stays held and lists go on.
