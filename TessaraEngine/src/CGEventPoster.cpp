@@ -72,12 +72,12 @@ void CGEventPoster::postKey(std::uint16_t code, bool isDown, ModifierFlags modif
 }
 
 void CGEventPoster::postMouseButton(std::int64_t number, bool isDown) {
-    TESSARA_PRECONDITION(number <= std::int64_t{std::numeric_limits<std::uint32_t>::max()},
-                         "a mouse button's number does not fit an event");
     const auto source = TessaraEventTag::makeSource(services_);
     if (!source) return;
     const auto present = services_.makeEvent();
     const CGPoint location = present ? present->location : CGPoint{};
+    TESSARA_PRECONDITION(number <= std::int64_t{std::numeric_limits<std::uint32_t>::max()},
+                         "a mouse button's number does not fit an event");
     const auto button = static_cast<std::uint32_t>(std::max<std::int64_t>(number, 0));
     const auto types = mouseEventTypes(number);
     auto event =

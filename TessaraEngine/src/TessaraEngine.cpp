@@ -72,9 +72,13 @@ TessaraEngine::TessaraEngine(const Profile& profile, Config&& config, Options&& 
 }
 
 TessaraEngine::~TessaraEngine() {
-    // What the sink calls refers to the pipelines.
-    dpiSink_->setHandler({});
+    // Also an engine that nobody stopped leaves nothing held.
+    tapController_.reset();
+    router_->resetAll();
+    // What is still to be posted refers to the pipelines and to the platform, which may go next.
     macroExecutor_->drain();
+    scrollPipeline_.drain();
+    dpiSink_->setHandler({});
 }
 
 std::expected<void, EventTapController::StartError> TessaraEngine::start() {

@@ -2,6 +2,7 @@
 
 #include "EngineOnDesktop.h"
 #include "Support/TestDispatcher.h"
+#include "TessaraEngine/RecordingEventPoster.h"
 #include "TessaraEngine/TessaraEngine.h"
 
 namespace tessara {
@@ -373,6 +374,15 @@ TEST_F(TessaraEngineTest, without_the_private_calls_it_starts_and_every_event_pa
 
 TEST_F(TessaraEngineTest, a_mouse_that_is_unplugged_leaves_nothing_held) {
     start();
+    // The tap and the mouse go at once: the first reset's releases are still to be posted when the
+    // second comes.
+    on->mouse->press(0);
+    dispatcher.runReady();
+    on->desktop.disableTapsByUserInput();
+    on->mainQueue->post([this] { engine().handleDeviceEvent({HIDPPEvent::DeviceRemoved{}}); });
+    dispatcher.runReady();
+    EXPECT_THAT(on->desktop.sessionState().buttonsDown(), IsEmpty());
+
     on->mouse->press(3);
     on->mouse->spin(1);
     EXPECT_THAT(received(on->editor), Contains("key 40 down"));
@@ -388,6 +398,17 @@ TEST_F(TessaraEngineTest, a_mouse_that_is_unplugged_leaves_nothing_held) {
     received(on->editor);
     on->mouse->spin(1);
     EXPECT_THAT(received(on->editor), Each("glide"));
+}
+
+TEST_F(TessaraEngineTest, an_engine_that_nobody_stopped_lets_go_at_its_end) {
+    const auto posted = std::make_shared<RecordingEventPoster>();
+    use(documentOfTwoProfiles(),
+        [&](TessaraEngine::Options& options, EngineOnDesktop&) { options.poster = posted; });
+    start();
+    on->mouse->press(3);
+    use(documentOfTwoProfiles());
+    EXPECT_THAT(posted->emissions(),
+                ElementsAre(KeyEmission{heldKey, true, {}}, KeyEmission{heldKey, false, {}}));
 }
 
 TEST_F(TessaraEngineTest, its_own_output_comes_back_and_passes) {

@@ -36,7 +36,8 @@ class ProfileWatcher;
 /// pipelines, on the tap thread; the engine only changes what those work with, between two events.
 ///
 /// All methods run on the main executor. Work that it schedules holds it weakly, so it is made
-/// shared: `std::make_shared<TessaraEngine>(...)`. Stop it before the last holder lets go.
+/// shared: `std::make_shared<TessaraEngine>(...)`. Stop it before the last holder lets go; one that
+/// was not stopped still lets go of what it holds, but tells nobody and leaves the mouse connected.
 class TessaraEngine : public std::enable_shared_from_this<TessaraEngine> {
   public:
     struct Options {
