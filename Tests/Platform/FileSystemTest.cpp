@@ -82,16 +82,20 @@ TYPED_TEST(FileSystemTest, a_rename_never_replaces_anything) {
     EXPECT_EQ(files.read(this->path("new"), anySize), "old");
 }
 
-TEST(PosixFileSystem, a_replacement_leaves_no_other_file_and_keeps_the_permissions) {
+TEST(PosixFileSystem, a_replacement_leaves_no_other_file_and_keeps_permissions_and_owner) {
     RealFolder place;
     const std::string path = place.folder + "/document";
     ASSERT_TRUE(place.files.replaceAtomically(path, "a"));
+    constexpr uid_t another = 12345;
+    const bool isRoot = ::chown(path.c_str(), another, another) == 0;
     ASSERT_EQ(::chmod(path.c_str(), 0640), 0);
     ASSERT_TRUE(place.files.replaceAtomically(path, "b"));
 
     struct stat info{};
     ASSERT_EQ(::stat(path.c_str(), &info), 0);
     EXPECT_EQ(info.st_mode & 07777, 0640U);
+    EXPECT_EQ(info.st_uid, isRoot ? another : ::getuid());
+    EXPECT_EQ(info.st_gid == another, isRoot);
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(place.folder), {}), 1);
 }
 
@@ -101,9 +105,11 @@ TEST(PosixFileSystem, a_document_behind_a_link_stays_behind_it) {
     ASSERT_TRUE(place.files.replaceAtomically(place.folder + "/real", "a"));
     std::filesystem::create_symlink("real", link);
     ASSERT_TRUE(place.files.replaceAtomically(link, "b"));
-
-    EXPECT_TRUE(std::filesystem::is_symlink(link));
     EXPECT_EQ(place.files.read(place.folder + "/real", anySize), "b");
+
+    std::filesystem::remove(place.folder + "/real");
+    EXPECT_EQ(place.files.replaceAtomically(link, "c").error().kind, FileError::Kind::notFound);
+    EXPECT_TRUE(std::filesystem::is_symlink(link)) << "also while its end is out of reach";
 }
 
 TEST(PosixFileSystem, a_pipe_in_the_place_of_a_file_is_an_error_and_no_wait) {

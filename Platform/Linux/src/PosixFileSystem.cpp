@@ -96,10 +96,29 @@ int syncFolder(const std::string& folder) {
     return 0;
 }
 
-/// Where the bytes of a path really are, links followed; the path itself when nothing is there yet.
-std::string resolved(const std::string& path) {
+/// Where the bytes of a path really are, links followed; the path itself where nothing has its name
+/// yet. A link that leads nowhere is an error: its owner may only be waiting for a volume.
+std::expected<std::string, int> resolved(const std::string& path) {
     const std::unique_ptr<char, decltype(&::free)> real(::realpath(path.c_str(), nullptr), &::free);
-    return real ? std::string(real.get()) : path;
+    if (real) return std::string(real.get());
+    const int number = errno;
+    struct stat info{};
+    if (number == ENOENT && ::lstat(path.c_str(), &info) != 0 && errno == ENOENT) return path;
+    return std::unexpected(number);
+}
+
+/// Gives a new file the permissions of the one that it is to replace, and owner and group as far as
+/// the user may give them away. What the old group could do is not given to another one.
+bool takeOver(int descriptor, const struct stat& old) {
+    mode_t mode = old.st_mode & ACCESSPERMS;
+    struct stat own{};
+    if (::fstat(descriptor, &own) != 0) return false;
+    const bool isSame = own.st_uid == old.st_uid && own.st_gid == old.st_gid;
+    if (!isSame && ::fchown(descriptor, old.st_uid, old.st_gid) != 0 &&
+        ::fchown(descriptor, static_cast<uid_t>(-1), old.st_gid) != 0) {
+        mode &= ~static_cast<mode_t>(S_IRWXG);
+    }
+    return ::fchmod(descriptor, mode) == 0;
 }
 
 }  // namespace
@@ -145,18 +164,17 @@ std::expected<std::string, FileError> PosixFileSystem::read(const std::string& p
 
 std::expected<void, FileError> PosixFileSystem::replaceAtomically(const std::string& path,
                                                                   std::string_view contents) {
-    const std::string target = resolved(path);
-    std::string pattern = target + ".XXXXXX";
+    const auto target = resolved(path);
+    if (!target) return failed(path, "written", target.error());
+    std::string pattern = *target + ".XXXXXX";
     const FileDescriptor descriptor(::mkostemp(pattern.data(), O_CLOEXEC));
     if (!descriptor) return failed(path, "written", errno);
     TemporaryFile temporary(pattern);
 
-    struct stat info{};
-    if (::stat(target.c_str(), &info) == 0) {
-        if (S_ISDIR(info.st_mode)) return failed(path, "written", EISDIR);
-        if (::fchmod(descriptor.get(), info.st_mode & 07777) != 0) {
-            return failed(path, "written", errno);
-        }
+    struct stat old{};
+    if (::stat(target->c_str(), &old) == 0) {
+        if (S_ISDIR(old.st_mode)) return failed(path, "written", EISDIR);
+        if (!takeOver(descriptor.get(), old)) return failed(path, "written", errno);
     }
     if (const int number = writeAll(descriptor.get(), contents)) {
         return failed(path, "written", number);
@@ -164,11 +182,11 @@ std::expected<void, FileError> PosixFileSystem::replaceAtomically(const std::str
     if (retryInterrupted([&] { return ::fsync(descriptor.get()); }) != 0) {
         return failed(path, "written", errno);
     }
-    if (::rename(temporary.path().c_str(), target.c_str()) != 0) {
+    if (::rename(temporary.path().c_str(), target->c_str()) != 0) {
         return failed(path, "written", errno);
     }
     temporary.keep();
-    if (const int number = syncFolder(folderOf(target))) return failed(path, "written", number);
+    if (const int number = syncFolder(folderOf(*target))) return failed(path, "written", number);
     return {};
 }
 
