@@ -147,6 +147,29 @@ TEST_F(FileUserDefaultsTest, what_cannot_be_read_or_written_is_told_and_changes_
     }
 }
 
+TEST_F(FileUserDefaultsTest, what_somebody_else_puts_into_the_file_meanwhile_is_not_lost) {
+    FileUserDefaults defaults = open();
+    defaults.set("a", true);
+    files.putFile(path, R"({"a": false, "theirs": 1})");
+    defaults.set("b", true);
+    EXPECT_EQ(defaults.boolean("a"), true) << "nothing is read anew in this run";
+    EXPECT_EQ(open().boolean("a"), false);
+    EXPECT_EQ(open().integer("theirs"), 1);
+    EXPECT_EQ(open().boolean("b"), true);
+
+    files.putFile(path, "damaged");
+    files.failEvery(Step::rename, FileError::Kind::notPermitted);
+    defaults.remove("b");
+    EXPECT_TRUE(defaults.problem());
+    EXPECT_EQ(files.contents(path), "damaged");
+    files.failEvery(Step::rename, std::nullopt);
+    defaults.set("c", true);
+    EXPECT_EQ(files.contents(asidePath), "damaged");
+    EXPECT_NE(defaults.problem().value().find(asidePath), std::string::npos);
+    EXPECT_EQ(open().boolean("a"), true) << "all that is known takes the damaged file's place";
+    EXPECT_FALSE(open().boolean("b"));
+}
+
 TEST_F(FileUserDefaultsTest, a_crash_at_any_step_of_a_choice_leaves_the_old_one_or_the_new_one) {
     const std::vector<std::optional<bool>> choices{std::nullopt, false, true};
     for (std::size_t round = 0; round < choices.size() * choices.size() * 2; ++round) {

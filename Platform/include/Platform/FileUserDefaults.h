@@ -1,22 +1,28 @@
 #pragma once
 
+#include <expected>
 #include <memory>
 #include <optional>
 #include <string>
 
+#include "Platform/FileSystem.h"
 #include "Platform/UserDefaults.h"
 
 namespace tessara {
 
-class FileSystem;
 class WallClock;
 
-/// User defaults in one JSON file, for platforms that have no store of their own. The file is read
-/// once, at construction, and written whole, in one step, at each change. Keys and values that this
-/// program does not know are kept.
+/// User defaults in one JSON file, an object of keys and plain values, for platforms that have no
+/// store of their own. No place for documents: each change writes the whole file, in one step.
 ///
-/// A file that cannot be understood is renamed, with a stamp of the moment, and all keys are
-/// absent. One that can be neither read nor renamed is left alone: nothing is stored in that run.
+/// The file is read at construction, and what it says then holds for the run, but for the keys that
+/// are changed through this. A change writes those keys alone: what somebody else has written under
+/// other keys meanwhile stays, as do keys and values that this program does not know.
+///
+/// A file that cannot be understood is renamed, with a stamp of the moment. At construction all
+/// keys are absent then; later, all that is known is stored in its place. One that can be neither
+/// read nor renamed is left alone: if that shows at construction nothing is stored in that run, and
+/// otherwise the next change tries again.
 class FileUserDefaults final : public UserDefaults {
   public:
     /// `path` is absolute; neither the file nor its folder need be there. Both services outlive
@@ -35,10 +41,13 @@ class FileUserDefaults final : public UserDefaults {
   private:
     struct Contents;
 
-    void putAside(const WallClock& wallClock);
-    void store();
+    /// Renames the file that cannot be understood; the result is where it is now.
+    [[nodiscard]] std::expected<std::string, FileError> putAside();
+    void store(const std::string& key);
+    [[nodiscard]] std::expected<void, FileError> storeUnstored();
 
     FileSystem& files_;
+    const WallClock& wallClock_;
     const std::string path_;
     const std::unique_ptr<Contents> contents_;
     bool mayWrite_ = true;
