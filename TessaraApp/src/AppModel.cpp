@@ -93,7 +93,12 @@ AppModel::AppModel(const AppPlatform& platform)
 }
 
 AppModel::~AppModel() {
-    if (isStarted_) stop();
+    if (isStarted_) {
+        stop();
+    } else if (saving_->isPending()) {
+        // An interface that goes may still have brought an edit after the stop.
+        store_->save(config_);
+    }
 }
 
 void AppModel::start() {
@@ -138,7 +143,9 @@ void AppModel::startEngine() {
         platform.mainQueue, [this](const EngineStatus& status) { receiveStatus(status); });
     if (const auto started = engine_->start(); !started) {
         startError_ = EventTapController::description(started.error());
-        receiveStatus(status_);
+        EngineStatus status = status_;
+        status.lastError = startError_;
+        setStatus(std::move(status));
     }
 }
 
@@ -149,7 +156,7 @@ void AppModel::stopEngine() {
 }
 
 void AppModel::restartEngineIfNeeded() {
-    if (!allowsEngine(permissions_)) return;
+    if (!isStarted_ || !allowsEngine(permissions_)) return;
     // Asked directly: what the stream brought last may be a turn of the executor old.
     if (engine_ && engine_->status().isTapEnabled) return;
     stopEngine();
@@ -173,7 +180,7 @@ void AppModel::receiveStatus(EngineStatus status) {
     // The failure of a start is not part of what the engine says, and would be gone with the next
     // status that is on its way.
     if (status.isTapEnabled) startError_.reset();
-    if (startError_) status.lastError = startError_;
+    if (!status.lastError) status.lastError = startError_;
     setStatus(std::move(status));
 }
 

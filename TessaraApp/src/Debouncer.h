@@ -17,6 +17,8 @@ class Debouncer {
     /// Runs `action` after the delay, and nothing that was given before it.
     void call(std::move_only_function<void()> action);
 
+    [[nodiscard]] bool isPending() const { return pending_ != nullptr; }
+
     /// Drops what waits.
     void cancel() { pending_.reset(); }
 

@@ -242,7 +242,11 @@ TEST_F(AppModelTest, quitting_twice_saves_what_was_not_yet_saved_and_is_harmless
     dispatcher.advance(seconds(5));
     EXPECT_EQ(host.hidTransport.openInterfaceCount(), 0);
     EXPECT_EQ(dispatcher.nextDeadline(), std::nullopt) << "neither a poll nor a debounce is left";
+    model->restartEngineIfNeeded();
     EXPECT_FALSE(clickIsGlide());
+    model->setConfig(named("as the windows went"));
+    model.reset();
+    EXPECT_EQ(saved(), bytesOf(named("as the windows went")));
 }
 
 TEST_F(AppModelTest, permissions_that_arrive_bring_the_tap_within_two_seconds) {
@@ -253,6 +257,11 @@ TEST_F(AppModelTest, permissions_that_arrive_bring_the_tap_within_two_seconds) {
     dispatcher.advance(seconds(1));
     EXPECT_FALSE(model->status().isTapEnabled);
     EXPECT_TRUE(model->status().lastError) << "that the tap could not be made is told";
+    host.desktop.taps().setLastRefusal("another program has the mouse");
+    model->applyToEngineNow();
+    dispatcher.runReady();
+    EXPECT_EQ(model->status().lastError, "another program has the mouse") << "the engine knows";
+    host.desktop.taps().setLastRefusal(std::nullopt);
     EXPECT_EQ(model->menuBarDetail().toStdString(), "Missing: Accessibility");
     EXPECT_TRUE(model->needsBanner());
     EXPECT_FALSE(clickIsGlide());
