@@ -3,6 +3,7 @@
 #include <QEventLoop>
 #include <QTimer>
 #include <array>
+#include <filesystem>
 #include <functional>
 #include <limits>
 #include <memory>
@@ -26,7 +27,8 @@ using namespace std::chrono_literals;
 using testing::HTTPSServer;
 
 constexpr const char* packagePath = "/tessara_1.5_amd64.deb";
-const std::string packageBytes(100'000, 'p');
+/// More than lies between the network and the file at a time.
+const std::string packageBytes(1'000'000, 'p');
 
 std::string base64(const auto& bytes) {
     return QByteArray(reinterpret_cast<const char*>(bytes.data()), qsizetype(bytes.size()))
@@ -189,8 +191,8 @@ TEST_F(FeedUpdaterTest, an_update_goes_as_far_as_the_user_wants_and_no_further) 
 TEST_F(FeedUpdaterTest, what_is_off_by_one_anywhere_is_refused_deleted_and_told) {
     const std::string noSignature =
         "The download does not bear Tessara's signature for this version, so it was deleted.";
-    const std::string tooShort = "The download has 99999 bytes and should have 100000, so it was";
-    const std::string tooLong = "The server sent more than the 100000 bytes that are allowed.";
+    const std::string tooShort = "The download has 999999 bytes and should have 1000000, so it was";
+    const std::string tooLong = "The server sent more than the 1000000 bytes that are allowed.";
     std::string bytes;
     const auto rename = [&] {
         release.url = server.url("/tessara_1.5_amd64.sh");
@@ -248,11 +250,17 @@ TEST_F(FeedUpdaterTest, what_is_not_verified_stored_or_wanted_leaves_nothing_beh
     updater->dismissUpdate();
     EXPECT_TRUE(updater->state().is<UpdaterState::Idle>() && downloaded().isEmpty());
 
-    settings.downloadFolder = folder.write("file", "") + "/updates";
-    start();
-    check();
-    download();
-    EXPECT_TRUE(failed("Tessara could not download the update. “" + settings.downloadFolder));
+    // A folder that cannot be made, and one that is somebody else's.
+    const std::string others = folder.write("others/file", "");
+    std::filesystem::create_symlink("others", folder.path("link"));
+    for (const std::string& bad : {others + "/updates", folder.path("link")}) {
+        settings.downloadFolder = bad;
+        start();
+        check();
+        download();
+        EXPECT_TRUE(failed("Tessara could not download the update. “" + bad)) << bad;
+    }
+    EXPECT_EQ(downloaded(), QStringList{QStringLiteral("file")});
 }
 
 TEST_F(FeedUpdaterTest, a_bad_server_is_an_error_and_nothing_else) {
@@ -277,7 +285,7 @@ TEST_F(FeedUpdaterTest, a_bad_server_is_an_error_and_nothing_else) {
     const std::string sentOn = "The server sent Tessara on to “";
     const std::string offers = "The feed offers version ";
     const std::vector<std::pair<HTTPSServer::Answer, std::string>> answers{
-        {endless, "The server sent more than the 262144 bytes that are allowed."},
+        {endless, "The server sent more than the 65536 bytes that are allowed."},
         {silent, "The server did not answer in time."},
         {cutOff, "The transfer failed: "},
         {HTTPSServer::answer("", "404 Not Found"), "The transfer failed: "},
@@ -335,6 +343,8 @@ TEST_F(FeedUpdaterTest, looks_once_a_day_and_an_hour_after_a_failure_while_it_is
     passHours(20);
     start(true);
     EXPECT_EQ(hoursUntilCheck(30), 4) << "a relaunch remembers";
+    wallClock.moment += 20h;
+    EXPECT_EQ(hoursUntilCheck(30), 4) << "the computer slept";
 
     folder.write("feed.xml", "");
     EXPECT_EQ(hoursUntilCheck(24), -1);
@@ -359,6 +369,8 @@ TEST_F(FeedUpdaterTest, looks_once_a_day_and_an_hour_after_a_failure_while_it_is
     ASSERT_TRUE(check().is<UpdaterState::Available>()) << failed("");
     updater->setAutomaticallyChecksForUpdates(true);
     EXPECT_EQ(hoursUntilCheck(48), -1) << "what waits for an answer is left to wait";
+    updater->dismissUpdate();
+    EXPECT_EQ(hoursUntilCheck(30), 24) << "what was answered is not asked at once again";
 }
 
 TEST_F(FeedUpdaterTest, a_copy_without_a_feed_a_key_or_a_secure_address_asks_nobody) {

@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <algorithm>
 #include <utility>
 
@@ -22,8 +23,10 @@ using namespace std::chrono_literals;
 constexpr const char* lastCheckKey = "updates.lastCheck";
 
 constexpr std::chrono::seconds checkInterval = 24h;
-constexpr std::chrono::seconds retryInterval = 1h;
-constexpr auto scheduleLeeway = 1min;
+/// How often the time of day is looked at, and how soon a check that failed is made again. The
+/// queue's clock stands still while the computer sleeps.
+constexpr std::chrono::seconds lookInterval = 1h;
+constexpr auto lookLeeway = 1min;
 
 constexpr BoundedDownload::Limits feedLimits{
     .maximumBytes = maximumFeedSizeInBytes, .idle = 20s, .total = 60s};
@@ -43,6 +46,10 @@ std::uint64_t percent(const UpdaterState::Downloading& download) {
 
 QUrl urlOf(const std::string& text) {
     return {QString::fromStdString(text), QUrl::StrictMode};
+}
+
+bool isLink(const QDir& folder) {
+    return QFileInfo(folder.path()).isSymLink();
 }
 
 }  // namespace
@@ -79,21 +86,29 @@ void FeedUpdater::setAutomaticallyChecksForUpdates(bool checks) {
 }
 
 void FeedUpdater::schedule() {
+    lookAgainIn(hasFailed_ ? lookInterval : std::min(untilNextCheck(), lookInterval));
+}
+
+void FeedUpdater::lookAgainIn(std::chrono::seconds wait) {
     timer_ = nullptr;
     if (!hasStarted_ || !isAutomatic_ || settings_.feedURL.empty()) return;
-    std::chrono::seconds wait = 0s;
-    if (hasFailed_) {
-        wait = retryInterval;
-    } else if (const auto last = lastUpdateCheckDate()) {
-        // A moment yet to come is a clock put right since: it says nothing.
-        const auto age = wallClock_.now() - *last;
-        if (age >= 0s) wait = std::max(0s, checkInterval - age);
-    }
-    timer_ = queue_->startTimer(queue_->clock().now() + wait, checkInterval, scheduleLeeway,
+    timer_ = queue_->startTimer(queue_->clock().now() + wait, lookInterval, lookLeeway,
                                 [this] { checkOnSchedule(); });
 }
 
+std::chrono::seconds FeedUpdater::untilNextCheck() const {
+    const auto last = lastUpdateCheckDate();
+    if (!last) return 0s;
+    const std::chrono::seconds age = wallClock_.now() - *last;
+    // A moment yet to come is a clock put right since: it says nothing.
+    return age < 0s ? 0s : std::max(0s, checkInterval - age);
+}
+
 void FeedUpdater::checkOnSchedule() {
+    if (!hasFailed_ && untilNextCheck() > 0s) {
+        schedule();
+        return;
+    }
     // What waits for an answer, or is being downloaded, is not taken from under the user.
     if (state_.is<UpdaterState::Idle>() || state_.is<UpdaterState::UpToDate>() ||
         state_.is<UpdaterState::Failed>()) {
@@ -189,7 +204,7 @@ std::optional<std::string> FeedUpdater::feedURL() const {
 void FeedUpdater::downloadUpdate() {
     if (!state_.is<UpdaterState::Available>()) return;
     if (const auto opened = openPackage(); !opened) {
-        packageArrived(opened);
+        fail(couldNotDownload, opened.error());
         return;
     }
     setState(UpdaterState::Downloading{release_->version, release_->lengthInBytes, 0});
@@ -201,10 +216,15 @@ void FeedUpdater::downloadUpdate() {
 
 std::expected<void, std::string> FeedUpdater::openPackage() {
     deleteDownloads();
-    const QString folder = QString::fromStdString(settings_.downloadFolder);
-    const QString name = QString::fromStdString(release_->fileName);
-    QDir().mkpath(folder);
-    package_ = std::make_unique<QFile>(QDir(folder).filePath(name));
+    const QDir folder(QString::fromStdString(settings_.downloadFolder));
+    if (isLink(folder)) {
+        return std::unexpected(
+            fmt::format("“{}” is a link to another folder, which Tessara leaves "
+                        "alone.",
+                        settings_.downloadFolder));
+    }
+    folder.mkpath(QStringLiteral("."));
+    package_ = std::make_unique<QFile>(folder.filePath(QString::fromStdString(release_->fileName)));
     if (!package_->open(QIODevice::WriteOnly | QIODevice::NewOnly,
                         QFileDevice::ReadOwner | QFileDevice::WriteOwner)) {
         return std::unexpected(fmt::format("“{}” could not be created: {}.",
@@ -276,12 +296,16 @@ void FeedUpdater::dismissUpdate() {
     if (state_.is<UpdaterState::Downloading>() || state_.is<UpdaterState::Verified>()) {
         deleteDownloads();
     }
+    // However long the answer took, the next question is a day away.
+    if (std::exchange(release_, std::nullopt)) lookAgainIn(checkInterval);
     setState(UpdaterState::Idle{});
 }
 
 void FeedUpdater::deleteDownloads() {
     package_ = nullptr;
     const QDir folder(QString::fromStdString(settings_.downloadFolder));
+    // What lies at the end of a link is somebody else's.
+    if (isLink(folder)) return;
     const auto files =
         folder.entryList(QDir::Files | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     for (const QString& name : files)

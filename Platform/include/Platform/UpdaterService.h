@@ -78,7 +78,8 @@ struct UpdaterState {
     bool operator==(const UpdaterState&) const = default;
 };
 
-/// Who shows the updates of an `UpdaterService` to the user. Called on the main executor.
+/// Who shows the updates of an `UpdaterService` to the user. Called on the main executor, in the
+/// midst of the service's work: an operation that changes its state waits for a later turn.
 class UpdaterDelegate {
   public:
     /// The state, the date of the last check or the possibility of a check has changed.

@@ -25,11 +25,18 @@ class UserDefaults;
 class WallClock;
 
 /// The real updater: reads a feed once a day, downloads a newer release when the user wants it,
-/// verifies it, and hands the package to the system's installer when the user wants that too. What
-/// does not verify is deleted. How releases are made and signed is told in docs/updates.md.
+/// verifies it, and hands the package to the system's installer when the user wants that too. It
+/// replaces no file of the program's own, and knows nothing of how packages are installed. How
+/// releases are made and signed is told in docs/updates.md.
 ///
-/// A feed that cannot be read is tried again an hour later. What the user has not yet answered is
-/// not checked anew on schedule.
+/// - The day is counted by the time of day since the last check, across relaunches and the
+///   computer's sleep. A last check that lies ahead is a clock put right since, and a check is due.
+/// - A feed that cannot be read is tried again an hour later.
+/// - What the user has not yet answered is not checked anew on schedule, and what they have
+/// answered
+///   is not asked again within a day.
+/// - A package is verified when it has come and again before it is handed on; one that does not
+///   verify is deleted. One that no application opens is left where it is.
 class FeedUpdater final : public UpdaterService {
   public:
     struct Settings {
@@ -39,7 +46,9 @@ class FeedUpdater final : public UpdaterService {
         /// copy that knows no updates.
         std::string feedURL;
         std::string publicKey;
-        /// The updater's own folder: an absolute path. Whatever file is in it is deleted.
+        /// The updater's own folder: an absolute path; need not exist. Whatever file is in it is
+        /// deleted at the start and before each download. A link in its place is not followed, and
+        /// nothing is downloaded then.
         std::string downloadFolder;
         UpdateTransport transport = UpdateTransport::secureOnly;
     };
@@ -63,9 +72,11 @@ class FeedUpdater final : public UpdaterService {
     void dismissUpdate() override;
 
   private:
-    /// Sets the timer to the next check, the first of all being due at once; takes it away where
-    /// none is to come.
+    /// Sets the timer to the next look at the time of day; takes it away where no check is to come.
     void schedule();
+    void lookAgainIn(std::chrono::seconds wait);
+    /// Zero when a check is due.
+    [[nodiscard]] std::chrono::seconds untilNextCheck() const;
     void checkOnSchedule();
     void check();
     void feedRead(const std::expected<void, std::string>& result);
@@ -94,7 +105,7 @@ class FeedUpdater final : public UpdaterService {
     UpdaterState state_;
     bool isAutomatic_ = true;
     bool hasStarted_ = false;
-    /// The feed could not be read; the next check comes sooner.
+    /// The feed could not be read; it is tried again at the next look.
     bool hasFailed_ = false;
     std::unique_ptr<DispatchTimer> timer_;
 

@@ -28,8 +28,9 @@ struct UpdateRelease {
     bool operator==(const UpdateRelease&) const = default;
 };
 
-/// No feed is larger, and no package.
-inline constexpr std::size_t maximumFeedSizeInBytes = std::size_t{256} << 10;
+/// No feed is larger, and no package. Of a feed's bytes some cost the reader of XML time that grows
+/// with their square; this many hold a hundred releases.
+inline constexpr std::size_t maximumFeedSizeInBytes = std::size_t{64} << 10;
 inline constexpr std::uint64_t maximumPackageSizeInBytes = std::uint64_t{256} << 20;
 
 /// The newest release of a feed, or a sentence for the user that says what is wrong with it. The
