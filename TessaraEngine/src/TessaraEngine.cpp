@@ -123,11 +123,17 @@ std::expected<void, EventTapController::StartError> TessaraEngine::start() {
 }
 
 std::shared_ptr<ProfileWatcher> TessaraEngine::makeWatcher() {
-    auto handler = [weakSelf = weak_from_this(), queue = platform_.mainQueue](
-                       const Profile& profile, const std::optional<std::string>& bundleID,
-                       const ProfileResolution&) {
-        queue->post([weakSelf, profile, bundleID] {
-            if (auto self = weakSelf.lock()) self->applyProfile(profile, bundleID);
+    ++watchersMade_;
+    auto handler = [weakSelf = weak_from_this(), queue = platform_.mainQueue,
+                    number = watchersMade_](const Profile& profile,
+                                            const std::optional<std::string>& bundleID,
+                                            const ProfileResolution&) {
+        queue->post([weakSelf, number, profile, bundleID] {
+            const auto self = weakSelf.lock();
+            if (!self) return;
+            // A choice on its way is void once another watcher has made one of its own.
+            if (self->profileWatcher_ && number != self->watchersMade_) return;
+            self->applyProfile(profile, bundleID);
         });
     };
     return std::make_shared<ProfileWatcher>(config_, platform_.workspace, platform_.mainQueue,

@@ -257,6 +257,12 @@ TEST_F(TessaraEngineTest, a_start_begins_with_the_profile_of_the_application_in_
     EXPECT_THAT(received(on->browser), Each("glide"));
     EXPECT_EQ(status().frontmostBundleID, "org.example.browser");
 
+    // Also where an earlier choice is still on its way.
+    engine().activateProfile("org.example.game");
+    engine().stop();
+    start();
+    EXPECT_EQ(status().activeProfileID, "default");
+
     // Also where the document changed while nothing ran.
     engine().stop();
     Config document = documentOfTwoProfiles();
