@@ -13,6 +13,7 @@
 #include <vector>
 
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <linux/input.h>
 #include <sys/ioctl.h>
@@ -389,26 +390,84 @@ TEST(Input, a_mouse_that_another_program_holds_is_named_and_taken_when_it_is_fre
     const std::string node = desk.mouse.pointer().eventNode();
     std::array<int, 2> ready{};
     ASSERT_EQ(::pipe(ready.data()), 0);
-    const pid_t other = ::fork();
-    if (other == 0) {
-        ::prctl(PR_SET_NAME, "mouse-holder");
-        const int fd = ::open(node.c_str(), O_RDONLY);
-        if (fd >= 0 && ::ioctl(fd, EVIOCGRAB, 1) == 0 && ::write(ready[1], "!", 1) == 1) ::pause();
-        ::_exit(1);
-    }
-    char mark = 0;
-    ASSERT_EQ(::read(ready[0], &mark, 1), 1);
+    for (const std::string name : {"mouse-holder", "another"}) {
+        const pid_t other = ::fork();
+        if (other == 0) {
+            ::prctl(PR_SET_NAME, name.c_str());
+            const int fd = ::open(node.c_str(), O_RDONLY);
+            if (fd >= 0 && ::ioctl(fd, EVIOCGRAB, 1) == 0 && ::write(ready[1], "!", 1) == 1)
+                ::pause();
+            ::_exit(1);
+        }
+        char mark = 0;
+        ASSERT_EQ(::read(ready[0], &mark, 1), 1);
 
-    desk.beginTap();
-    EXPECT_TRUE(waitFor([&] { return desk.taps.lastRefusal().has_value(); }));
-    EXPECT_THAT(desk.taps.lastRefusal().value_or(""),
-                AllOf(HasSubstr(node), HasSubstr("mouse-holder (" + std::to_string(other) + ")")));
-    ::kill(other, SIGKILL);
-    ::waitpid(other, nullptr, 0);
-    desk.awaitGrab();
-    EXPECT_EQ(desk.taps.lastRefusal(), std::nullopt);
+        desk.beginTap();
+        EXPECT_TRUE(waitFor([&] { return desk.taps.lastRefusal().has_value(); }));
+        EXPECT_THAT(desk.taps.lastRefusal().value_or(""),
+                    AllOf(HasSubstr(node), HasSubstr(fmt::format("{} ({})", name, other))));
+        ::kill(other, SIGKILL);
+        ::waitpid(other, nullptr, 0);
+        desk.awaitGrab();
+        EXPECT_EQ(desk.taps.lastRefusal(), std::nullopt);
+        desk.endTap();
+    }
     ::close(ready[0]);
     ::close(ready[1]);
+}
+
+TEST(Input, a_mouse_is_taken_once_it_may_be_read_and_given_back_when_it_may_not_any_more) {
+    constexpr uid_t nobody = 65534;
+    Desk desk;
+    desk.mouse.plug();
+    const std::string node = desk.mouse.pointer().eventNode();
+    static_cast<void>(desk.virtualMouse());
+    const auto handTo = [&node](uid_t user) {  // for a process that is nobody's
+        EXPECT_EQ(::seteuid(0), 0);
+        EXPECT_EQ(::chown(node.c_str(), user, static_cast<gid_t>(-1)), 0);
+        EXPECT_EQ(::seteuid(nobody), 0);
+    };
+    handTo(0);
+    desk.beginTap();
+    EXPECT_TRUE(waitFor([&] { return desk.taps.lastRefusal().has_value(); }));
+    handTo(nobody);
+    desk.awaitGrab();
+    desk.mouse.pointer().press(0);
+    static_cast<void>(desk.virtualMouse().framesUntil(key(BTN_LEFT, true)));
+
+    handTo(0);
+    static_cast<void>(desk.virtualMouse().framesUntil(key(BTN_LEFT, false)));
+    EXPECT_TRUE(waitFor([&] { return desk.taps.lastRefusal().has_value(); }));
+    EXPECT_EQ(::seteuid(0), 0);
+    EXPECT_TRUE(EventNode(node).grab(true));
+}
+
+/// Another mouse of the kind that taps are for.
+UHIDDescription wantedMouse(const char* place) {
+    UHIDDescription description = UHIDPointer::foreignMouse();
+    description.place = place;
+    description.vendorID = UHIDMouse::vendorID;
+    description.productID = UHIDMouse::productID;
+    return description;
+}
+
+TEST(Input, a_mouse_with_more_on_its_node_than_the_virtual_one_can_say_is_left_as_it_is) {
+    const std::initializer_list<std::vector<std::uint8_t>> additions{
+        {0x05, 0x0C, 0x09, 0xE0, 0x15, 0, 0x25, 0x7F, 0x75, 8, 0x95, 1, 0x81, 2},    // a slider
+        {0x05, 0x07, 0x09, 0x04, 0x15, 0, 0x25, 1, 0x75, 8, 0x95, 1, 0x81, 2},       // a key
+        {0x05, 0x01, 0x09, 0x37, 0x15, 0x81, 0x25, 0x7F, 0x75, 8, 0x95, 1, 0x81, 6}  // a dial
+    };
+    Desk desk;
+    desk.beginTap();
+    for (const auto& addition : additions) {
+        auto description = wantedMouse("usb-0000:00:14.0-4/input0");
+        auto& descriptor = description.reportDescriptor;
+        descriptor.insert(descriptor.end() - 1, addition.begin(), addition.end());
+        const UHIDPointer more(desk.dispatcher, description);
+        EXPECT_TRUE(waitFor([&] { return desk.taps.lastRefusal().has_value(); }));
+        EXPECT_THAT(desk.taps.lastRefusal().value_or(""), HasSubstr("more than buttons"));
+        EXPECT_TRUE(EventNode(more.eventNode()).grab(true));
+    }
 }
 
 TEST(Input,
@@ -482,11 +541,7 @@ TEST(Input, two_hundred_plugs_and_unplugs_leak_nothing) {
     const NoLeakedResources noLeaks;
     Desk desk;
     const auto plug = [&desk](const char* place) {
-        UHIDDescription description = UHIDPointer::foreignMouse();
-        description.place = place;
-        description.vendorID = UHIDMouse::vendorID;
-        description.productID = UHIDMouse::productID;
-        return std::make_unique<UHIDPointer>(desk.dispatcher, description);
+        return std::make_unique<UHIDPointer>(desk.dispatcher, wantedMouse(place));
     };
     desk.beginTap();
     std::size_t descriptors = 0;

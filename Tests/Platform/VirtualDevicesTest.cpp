@@ -3,8 +3,7 @@
 
 #include <gmock/gmock.h>
 
-#include "Platform/Linux/VirtualKeyboard.h"
-#include "Platform/Linux/VirtualMouse.h"
+#include "Platform/Linux/VirtualDevices.h"
 #include "RecordingFrameSink.h"
 
 namespace tessara {
@@ -88,6 +87,19 @@ TEST_F(VirtualMouseTest,
     EXPECT_THAT(output.take(), ElementsAre(Frame{{EV_REL, REL_WHEEL_HI_RES, 2},
                                                  {EV_REL, REL_HWHEEL, -1},
                                                  {EV_REL, REL_HWHEEL_HI_RES, -3}}));
+}
+
+TEST(VirtualDevices, a_mouse_without_a_keyboard_does_not_stay) {
+    RecordedFrames mouseOutput;
+    RecordedFrames keyboardOutput;
+    keyboardOutput.refuses = true;
+    VirtualDevices devices{.mouse = VirtualMouse(mouseOutput.opener()),
+                           .keyboard = VirtualKeyboard(keyboardOutput.opener())};
+    EXPECT_EQ(devices.open().error(), std::errc::permission_denied);
+    EXPECT_EQ(mouseOutput.alive, 0);
+    keyboardOutput.refuses = false;
+    EXPECT_TRUE(devices.open().has_value());
+    EXPECT_EQ(mouseOutput.alive, 1);
 }
 
 TEST(KeyboardState, a_key_is_down_while_any_keyboard_holds_it) {

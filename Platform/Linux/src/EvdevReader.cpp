@@ -70,7 +70,7 @@ int EvdevReader::setGrabbed(bool isGrabbed) {
 bool EvdevReader::isAnyKeyDown() const {
     std::array<std::uint8_t, KEY_CNT / 8> bits{};
     if (::ioctl(libevdev_get_fd(device_.get()), EVIOCGKEY(bits.size()), bits.data()) < 0)
-        return false;
+        return true;
     return std::ranges::any_of(bits, [](std::uint8_t byte) { return byte != 0; });
 }
 

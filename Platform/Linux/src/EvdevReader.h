@@ -59,7 +59,8 @@ class EvdevReader : public std::enable_shared_from_this<EvdevReader> {
     /// Takes the node for this reader alone, or gives it back. 0, or the reason of errno's.
     [[nodiscard]] int setGrabbed(bool isGrabbed);
 
-    /// Whether the kernel has any key or button of the node down now.
+    /// Whether the kernel has any key or button of the node down now; true also when it does not
+    /// say. What it said of keys until now and was not read yet is lost with the question.
     [[nodiscard]] bool isAnyKeyDown() const;
 
     // As of the last frame, and of the opening.

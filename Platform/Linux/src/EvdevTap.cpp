@@ -6,6 +6,7 @@
 #include <chrono>
 #include <utility>
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <unistd.h>
 
@@ -18,7 +19,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// How often a mouse is tried again that could not be opened or grabbed.
+/// How often a mouse is tried again that could not be opened or grabbed, and it is looked whether
+/// those that are open may still be read.
 constexpr auto retryInterval = 3s;
 /// How long after its announcement the desktop may take to open a new device, the virtual mouse.
 constexpr auto settlingTime = 200ms;
@@ -26,6 +28,11 @@ constexpr auto settlingTime = 200ms;
 bool hasRelease(MouseFrameTranslator::Frame frame) {
     return std::ranges::any_of(
         frame, [](const input_event& event) { return event.type == EV_KEY && event.value == 0; });
+}
+
+/// Whether the user may not open the node any more; one that has gone is nobody's to forbid.
+bool isForbidden(const std::string& node) {
+    return ::faccessat(AT_FDCWD, node.c_str(), R_OK, AT_EACCESS) != 0 && errno == EACCES;
 }
 
 }  // namespace
@@ -106,6 +113,7 @@ void EvdevTap::listenForDevices() {
         if (self) self->receiveDevices();
         return self != nullptr;
     });
+    if (!announcements_->isWaiting()) announcements_.reset();
 }
 
 void EvdevTap::receiveDevices() {
@@ -246,6 +254,11 @@ bool EvdevTap::mayGrab() {
 
 void EvdevTap::retry() {
     if (!udev_) return;
+    if (!announcements_) {  // nobody tells of devices: only looking does
+        listenForDevices();
+        rescan();
+    }
+    letGoOfForbidden();
     if (hasOutputFailed_) hasOutputFailed_ = !circumstances_->output->open();
     if (!hasOutputFailed_)
         noteOutput(circumstances_->virtualMouseSeen == 0 ? "has not been announced" : nullptr);
@@ -256,10 +269,22 @@ void EvdevTap::retry() {
     retryAsNeeded();
 }
 
+/// Rights go when somebody else takes his seat at the computer, but a node that is open stays so:
+/// the mouse is his then, and as he knows it.
+void EvdevTap::letGoOfForbidden() {
+    std::vector<std::uint64_t> forbidden;
+    for (const auto& [id, mouse] : mice_) {
+        if (isForbidden(mouse->device.node)) forbidden.push_back(id);
+    }
+    for (const std::uint64_t id : forbidden) {
+        mice_.at(id)->reader->close();
+        mouseHasEnded(id);
+    }
+}
+
 void EvdevTap::retryAsNeeded() {
-    const bool isNeeded =
-        hasOutputFailed_ || circumstances_->virtualMouseSeen == 0 || !unopened_.empty() ||
-        std::ranges::any_of(mice_, [](const auto& entry) { return !entry.second->isGrabbed; });
+    const bool isNeeded = hasOutputFailed_ || circumstances_->virtualMouseSeen == 0 ||
+                          !announcements_ || !unopened_.empty() || !mice_.empty();
     if (!isNeeded) {
         retryTimer_.reset();
     } else if (!retryTimer_) {

@@ -82,6 +82,7 @@ class EvdevTap : public std::enable_shared_from_this<EvdevTap> {
     void ungrab(Mouse& mouse);
     [[nodiscard]] bool mayGrab();
     void retry();
+    void letGoOfForbidden();
     void retryAsNeeded();
     void refuse(const InputDevice& device, const char* what, int error);
     void noteOutput(const char* problem);
@@ -113,7 +114,7 @@ class EvdevTap : public std::enable_shared_from_this<EvdevTap> {
     EventTapService::Callback shown_;  ///< the callback as the translators call it
     std::unique_ptr<Udev> udev_;       ///< there while the tap is at work
     std::optional<UdevMonitor> monitor_;
-    std::optional<ReadableWatch> announcements_;  ///< of the monitor
+    std::optional<ReadableWatch> announcements_;  ///< of the monitor, while it can be waited for
     std::map<std::uint64_t, std::unique_ptr<Mouse>> mice_;
     std::map<std::uint64_t, std::unique_ptr<Keyboard>> keyboards_;
     std::map<std::uint64_t, InputDevice> unopened_;  ///< wanted mice that are to be tried again

@@ -34,9 +34,10 @@ CapabilityBits capabilities(const UdevDevice& device, const char* name) {
 }
 
 /// Whether the virtual mouse can say all that a node with these capabilities can.
-bool isPassable(const CapabilityBits& keys, const CapabilityBits& relativeAxes) {
+bool isPassable(const CapabilityBits& keys, const CapabilityBits& relativeAxes,
+                const CapabilityBits& absoluteAxes) {
     constexpr unsigned lastButton = BTN_LEFT + VirtualMouse::buttonCount - 1;
-    if (keys.hasOutside(BTN_LEFT, lastButton)) return false;
+    if (keys.hasOutside(BTN_LEFT, lastButton) || !absoluteAxes.areNone()) return false;
     constexpr unsigned carried[]{REL_X,     REL_Y, REL_WHEEL, REL_WHEEL_HI_RES, REL_HWHEEL_HI_RES,
                                  REL_HWHEEL};
     for (unsigned axis = 0; axis < REL_CNT; ++axis) {
@@ -66,6 +67,10 @@ CapabilityBits::CapabilityBits(const std::string& text) {
 bool CapabilityBits::has(unsigned bit) const {
     const std::size_t word = bit / bitsPerWord;
     return word < words_.size() && (words_[word] >> (bit % bitsPerWord) & 1U) != 0;
+}
+
+bool CapabilityBits::areNone() const {
+    return std::ranges::all_of(words_, [](std::uint64_t word) { return word == 0; });
 }
 
 bool CapabilityBits::hasOutside(unsigned first, unsigned last) const {
@@ -118,7 +123,8 @@ std::optional<InputDevice> describeInputDevice(const UdevDevice& device) {
                                .vendor = described.vendor,
                                .product = described.product,
                                .version = 0});
-    described.isPassable = described.role == InputRole::pointer && isPassable(keys, relativeAxes);
+    described.isPassable = described.role == InputRole::pointer &&
+                           isPassable(keys, relativeAxes, capabilities(*input, "capabilities/abs"));
     if (const auto hid = input->parent("hid"))
         described.hidDriver = hid->property("DRIVER").value_or("");
     return described;

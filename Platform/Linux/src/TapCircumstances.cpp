@@ -85,14 +85,15 @@ void TapCircumstances::setRefusal(std::uint64_t id, std::optional<Refusal> refus
     MutexLock lock(mutex_);
     if (refusal) {
         refusals_.insert_or_assign(id, *std::move(refusal));
-    } else {
-        refusals_.erase(id);
+    } else if (refusals_.erase(id) != 0) {
+        told_.reset();  // the next time it may be for somebody else's sake
     }
 }
 
 void TapCircumstances::forgetRefusals() {
     MutexLock lock(mutex_);
     refusals_.clear();
+    told_.reset();
 }
 
 std::optional<std::string> TapCircumstances::refusalText() const {

@@ -5,6 +5,9 @@
 #include <string>
 #include <vector>
 
+/// What there is of input devices on this computer, as /sys describes them: which node belongs to
+/// what device, and what it is good for. Reading events and taking devices over is for others.
+
 namespace tessara {
 
 class Udev;
@@ -27,8 +30,10 @@ struct InputDevice {
     std::uint64_t id = 0;
     std::string node;     ///< "/dev/input/event5"
     std::string sysPath;  ///< the node's folder in /sys, unique to this plug
-    std::string name;
-    std::string phys;  ///< where it is plugged in, in the kernel's words; may be empty
+    std::string name;     ///< the device's own words for itself; may be empty
+    std::string phys;     ///< where it is plugged in, in the kernel's words; may be empty
+    /// Three numbers of the kernel's `struct input_id`: the bus as one of BUS_USB and the like, and
+    /// on USB the two by which makers tell their products apart. 0 where the kernel does not say.
     std::uint16_t bus = 0;
     std::uint16_t vendor = 0;
     std::uint16_t product = 0;
@@ -44,13 +49,16 @@ struct InputDevice {
     bool operator==(const InputDevice&) const = default;
 };
 
-/// The bits of one of the kernel's capability files: hexadecimal words, the highest first.
+/// The bits of one of the kernel's capability files, "capabilities/key" and the like: hexadecimal
+/// words of `unsigned long`, the highest first, leading words of nothing left out. Bit n stands for
+/// the event code n of the file's type.
 class CapabilityBits {
   public:
-    /// Of "capabilities/key" and the like. Anything that is no such text counts as no bits.
+    /// Anything that is no such text counts as no bits.
     explicit CapabilityBits(const std::string& text);
 
     [[nodiscard]] bool has(unsigned bit) const;
+    [[nodiscard]] bool areNone() const;
     /// Whether there is a set bit outside of `first` to `last`.
     [[nodiscard]] bool hasOutside(unsigned first, unsigned last) const;
 
@@ -62,6 +70,7 @@ class CapabilityBits {
 /// it is known of a device that has gone, too. None for another folder.
 [[nodiscard]] std::optional<std::uint64_t> inputDeviceID(const std::string& sysPath);
 
+/// What a device with these keys (buttons among them) and relative axes is good for.
 [[nodiscard]] InputRole inputRole(const CapabilityBits& keys, const CapabilityBits& relativeAxes);
 
 /// Describes an evdev node; none for another kind of device, and for one that has gone. Blocks for

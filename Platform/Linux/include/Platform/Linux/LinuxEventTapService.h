@@ -15,7 +15,7 @@ class SuspendMonitor;
 class TapCircumstances;
 struct VirtualDevices;
 
-/// A kind of input device by its numbers.
+/// A kind of input device by its numbers on USB.
 struct InputDeviceMatch {
     std::uint16_t vendor = 0;
     std::uint16_t product = 0;
@@ -32,6 +32,9 @@ struct InputDeviceMatch {
 /// - A mouse is grabbed when none of its buttons is down, so that nobody is left with a button that
 ///   is never released; until then it works as if there were no tap. So it does when it cannot be
 ///   opened or grabbed, which is tried again every few seconds and at each change of the devices.
+/// - A mouse whose node this user may not read any more is given back within seconds, and told as
+///   `tapDisabledByUserInput`. The system takes the right away when somebody else's session comes
+///   to the front, and hands it out again when this one does.
 /// - A mouse with more than buttons, motion and wheels on its pointer node is not grabbed: the rest
 ///   would be lost. Neither is any while the virtual mouse cannot be written to.
 /// - When a grab ends, buttons that are down on the virtual mouse because the tap let them pass are
@@ -45,8 +48,10 @@ struct InputDeviceMatch {
 /// After a sleep of the computer the devices are enumerated anew.
 class LinuxEventTapService final : public EventTapService {
   public:
-    /// `wakings` may be null and outlives the service otherwise. The state of the keyboards is kept
-    /// in `keyboards` while a tap is enabled.
+    /// Taps are for mice of these numbers, each node of which is treated alone. What they let pass
+    /// goes to `output`. The state of the keyboards is kept in `keyboards` while a tap is enabled,
+    /// as far as this user may read them: modifiers of others are never seen. `wakings` may be null
+    /// and outlives the service otherwise.
     LinuxEventTapService(std::vector<InputDeviceMatch> mice, std::shared_ptr<VirtualDevices> output,
                          std::shared_ptr<KeyboardState> keyboards, SuspendMonitor* wakings);
     ~LinuxEventTapService() override;
@@ -54,12 +59,15 @@ class LinuxEventTapService final : public EventTapService {
     LinuxEventTapService(const LinuxEventTapService&) = delete;
     LinuxEventTapService& operator=(const LinuxEventTapService&) = delete;
 
-    /// Makes the virtual devices, if they are not there. Nothing when that fails, and for a tap
-    /// that only listens, of which there are none here.
+    /// Makes the virtual devices, if they are not there. Nothing when that fails, of which
+    /// `lastRefusal` tells, and for a tap that only listens, of which there are none here. Where in
+    /// the stream it is to be makes no difference: there is one place, ahead of all readers.
     [[nodiscard]] std::unique_ptr<EventTap> makeTap(const EventTapRequest& request,
                                                     std::shared_ptr<DispatchQueue> queue,
                                                     Callback callback) override;
 
+    /// Names the node and the system's reason, and of a node that another program has grabbed the
+    /// programs that have it open, as far as this user may see them.
     [[nodiscard]] std::optional<std::string> lastRefusal() const override;
 
   private:

@@ -10,19 +10,21 @@ namespace tessara {
 
 /// The two virtual devices of a session. They are made before the first grab, so that the desktop
 /// knows them when the first event comes, and stay until the session ends: what the engine
-/// releases after its tap is gone still finds them there.
+/// releases after its tap is gone still finds them there. Any thread, as each of them.
 struct VirtualDevices {
     VirtualMouse mouse;
     VirtualKeyboard keyboard;
 
-    /// Makes both, as far as they are not there already. The error is that of the first that
-    /// cannot be made.
+    /// Makes both, as far as they are not there already; a mouse without a keyboard
+    /// does not stay. The error is that of the first that cannot be made.
     [[nodiscard]] std::expected<void, std::error_code> open() {
         if (auto opened = mouse.open(); !opened) return opened;
-        return keyboard.open();
+        auto opened = keyboard.open();
+        if (!opened) mouse.close();
+        return opened;
     }
 
-    /// Releases what they hold and takes both away.
+    /// Releases what they hold and takes both away, as the destructor does.
     void close() {
         keyboard.close();
         mouse.close();
