@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include "Platform/Linux/LinuxEventTapService.h"
+#include "Platform/Linux/LinuxPermissionHelp.h"
 #include "Platform/Linux/LinuxPermissionService.h"
 #include "Support/TemporaryFolder.h"
 
@@ -79,6 +80,29 @@ TEST_F(LinuxPermissionServiceTest, without_the_mouse_what_counts_is_whether_it_c
     EXPECT_FALSE(service.preflightListenEventAccess());
     makeFile("/etc/udev/rules.d/70-tessara.rules");
     EXPECT_TRUE(service.preflightListenEventAccess());
+}
+
+TEST_F(LinuxPermissionServiceTest, a_keyboard_that_may_not_be_read_is_told_of_and_no_obstacle) {
+    makeFile("/dev/uinput");
+    makeFile("/etc/udev/rules.d/70-tessara.rules");
+    const auto plugInKeyboard = [this](const std::string& node, const std::string& hid) {
+        plugIn("input", node, hid);
+        folder.write("root/sys/devices/usb1/1-2/" + hid + "/input/input7/" + node +
+                         "/device/capabilities/key",
+                     "1000000000000 20000000\n");  // with the left Control key
+    };
+    plugInKeyboard("event4", "0003:046D:C099.0002");  // the mouse's own
+    plugInKeyboard("event5", "0003:1234:0001.0003");
+    plugInKeyboard("event6", "virtual");
+    plugIn("input", "event7", "0003:1234:0001.0003");
+    refused = {"/dev/input/event6", "/dev/input/event7"};
+    EXPECT_THAT(service.report().limitations(), IsEmpty());
+    refused.insert("/dev/input/event5");
+    EXPECT_THAT(service.report().limitations(), ElementsAre(HasSubstr("keyboard")));
+    EXPECT_THAT(service.report().problems(), IsEmpty());
+    const PermissionFinding seen = LinuxPermissionHelp(service, "").findings()[1];
+    EXPECT_TRUE(seen.isGranted);
+    EXPECT_THAT(seen.description, HasSubstr("buttons and movement. The keyboard may not be read"));
 }
 
 }  // namespace

@@ -18,7 +18,8 @@ namespace {
 
 constexpr const char* programName = "tessara-grant-access";
 
-PermissionFinding finding(const char* whenGranted, const std::vector<std::string>& problems) {
+PermissionFinding finding(const std::string& whenGranted,
+                          const std::vector<std::string>& problems) {
     if (problems.empty()) return {.description = whenGranted, .isGranted = true};
     return {.description = fmt::format("{}", fmt::join(problems, " ")), .isGranted = false};
 }
@@ -43,9 +44,11 @@ std::string LinuxPermissionHelp::findGrantProgram(const std::string& folder) {
 
 std::vector<PermissionFinding> LinuxPermissionHelp::findings() const {
     const LinuxPermissionReport report = permissions_.report();
+    // What is limited is granted all the same: the command has nothing to add.
+    std::vector<std::string> seen = report.limitations();
+    seen.insert(seen.begin(), "Tessara can see the mouse's wheel, buttons and movement.");
     return {finding("Tessara can send scrolling, keys and buttons.", report.postingProblems()),
-            finding("Tessara can see the mouse's wheel, buttons and movement.",
-                    report.listeningProblems()),
+            finding(fmt::format("{}", fmt::join(seen, " ")), report.listeningProblems()),
             finding("Tessara can read and set the mouse's resolution.", report.speakingProblems())};
 }
 

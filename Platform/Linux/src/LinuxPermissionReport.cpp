@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <string_view>
 
 #include <fcntl.h>
@@ -9,6 +10,7 @@
 #include <unistd.h>
 
 #include "Platform/Linux/HIDDeviceName.h"
+#include "Platform/Linux/InputDevices.h"
 #include "Platform/Linux/LinuxEventTapService.h"
 
 namespace tessara {
@@ -46,6 +48,17 @@ bool isWanted(const std::vector<InputDeviceMatch>& mice, const std::string& plac
     return name && std::ranges::any_of(mice, [&](const InputDeviceMatch& mouse) {
                return mouse.vendor == name->vendorID && mouse.product == name->productID;
            });
+}
+
+/// Whether the input node in this folder of /sys is a keyboard's.
+bool isKeyboard(const fs::path& folder) {
+    const auto capabilities = [&](const char* name) {
+        std::ifstream file(folder / "device/capabilities" / name);
+        std::string text;
+        std::getline(file, text);
+        return CapabilityBits(text);
+    };
+    return inputRole(capabilities("key"), capabilities("rel")) == InputRole::keyboard;
 }
 
 bool areUsable(const std::vector<Node>& nodes) {
@@ -110,6 +123,17 @@ std::vector<std::string> LinuxPermissionReport::problems() const {
     return problems;
 }
 
+bool LinuxPermissionReport::canSeeModifiers() const {
+    return areUsable(keyboards);
+}
+
+std::vector<std::string> LinuxPermissionReport::limitations() const {
+    if (canSeeModifiers()) return {};
+    return {
+        "The keyboard may not be read by you, so scrolling and buttons that ask for Shift, Control "
+        "or another modifier key act as if it were never held."};
+}
+
 LinuxPermissionReport LinuxPermissionReport::read(const std::vector<InputDeviceMatch>& mice,
                                                   const System& system) {
     const auto hasAccess = [&](const std::string& path, int mode) {
@@ -127,7 +151,12 @@ LinuxPermissionReport LinuxPermissionReport::read(const std::vector<InputDeviceM
         const std::string path = fmt::format("{}/dev/input/{}", root, name);
         const bool isUsable = hasAccess(path, R_OK);
         report.readsAnyInput = report.readsAnyInput || isUsable;
-        if (isWanted(mice, place)) report.inputNodes.push_back({path, isUsable});
+        const bool isVirtual = place.find("/virtual/input/") != std::string::npos;
+        if (isWanted(mice, place)) {
+            report.inputNodes.push_back({path, isUsable});
+        } else if (!isVirtual && isKeyboard(root + "/sys/class/input/" + name)) {
+            report.keyboards.push_back({path, isUsable});
+        }
     }
     for (const auto& [name, place] : devicesOf(root + "/sys/class/hidraw", "hidraw")) {
         const std::string path = fmt::format("{}/dev/{}", root, name);

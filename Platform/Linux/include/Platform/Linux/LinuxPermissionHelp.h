@@ -11,7 +11,12 @@ namespace tessara {
 class LinuxPermissionService;
 
 /// Rights on device nodes come from udev's rules, which only an administrator can put into place:
-/// the program `tessara-grant-access` does, run by polkit's pkexec.
+/// the program `tessara-grant-access` does, run by polkit's pkexec. What is missing is for
+/// `LinuxPermissionReport` to say; here it becomes lines to show.
+///
+/// There are three findings: to post, to see the mouse's events, to speak with the mouse. That the
+/// keyboards may not be read stands with the second and does not make it a missing one: the program
+/// does without, and no command of its grants it.
 class LinuxPermissionHelp final : public PermissionHelp {
   public:
     /// `grantProgram` is the path of `tessara-grant-access`. The service outlives this.
@@ -29,6 +34,7 @@ class LinuxPermissionHelp final : public PermissionHelp {
   private:
     const LinuxPermissionService& permissions_;
     const std::string grantProgram_;
+    // Main executor.
     /// pkexec while it asks, or since; 0 when there is none to be waited for.
     pid_t asker_ = 0;
 };
