@@ -4,6 +4,7 @@
 // with arguments.
 
 #include <QCoreApplication>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -22,8 +23,9 @@ namespace {
 
 constexpr int misused = 2;
 
+/// That nobody reads it, or that it cannot be written, is no reason to end.
 void say(const std::string& sentence) {
-    fmt::print(stderr, "tessara-headless: {}\n", sentence);
+    std::fputs(fmt::format("tessara-headless: {}\n", sentence).c_str(), stderr);
 }
 
 }  // namespace
@@ -33,6 +35,7 @@ int main(int argc, char** argv) {
         say(fmt::format("there are no arguments, and \"{}\" was given", argv[1]));
         return misused;
     }
+    std::signal(SIGPIPE, SIG_IGN);
     QCoreApplication application(argc, argv);
     const auto host = tessara::LinuxHost::make();
     if (!host) {

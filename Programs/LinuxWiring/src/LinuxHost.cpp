@@ -5,8 +5,11 @@
 #include <QLockFile>
 #include <QPointer>
 #include <QString>
+#include <QTimer>
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
+#include <iterator>
 #include <utility>
 
 #include "HIDPlusPlus/HIDPPDeviceMatch.h"
@@ -101,16 +104,23 @@ struct LinuxHost::Services {
         std::make_shared<HIDPPRunLoop>(dispatcher, hidTransport);
     EventSubscription wakings;
 
-    ~Services() { awaitEndOfConnections(); }
+    ~Services() { awaitLoosenedEnds(); }
 
-    /// An application that has gone leaves the closing of its connection to the mouse behind, which
-    /// takes some turns of the main executor.
-    void awaitEndOfConnections() const {
+    /// An application that has gone leaves two things behind. The closing of its connection to the
+    /// mouse takes some turns of the main executor. And what it released on the virtual devices has
+    /// to be read while they are there: with a node the kernel drops what nobody has read of it.
+    /// Desktops let go of what a vanished device held, but not every reader is a desktop.
+    void awaitLoosenedEnds() const {
         constexpr std::chrono::seconds patience{2};
-        const TimePoint limit = dispatcher.clock().now() + patience;
-        const auto isInUse = [this] { return hidRunLoop.use_count() > 1; };
-        while (isInUse() && dispatcher.clock().now() < limit)
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        constexpr std::chrono::milliseconds readersTime{200};
+        constexpr std::chrono::milliseconds turn{5};
+        const TimePoint begin = dispatcher.clock().now();
+        QTimer turns;  // so that waiting for an event ends
+        turns.start(turn);
+        for (auto waited = begin - begin;
+             waited < readersTime || (waited < patience && hidRunLoop.use_count() > 1);
+             waited = dispatcher.clock().now() - begin)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
 };
 
@@ -165,7 +175,10 @@ void LinuxHost::reapplySettingsOnWaking(AppModel& model) {
 }
 
 std::vector<std::string> LinuxHost::missingRights() const {
-    return services_->permissions.report().problems();
+    const LinuxPermissionReport report = services_->permissions.report();
+    std::vector<std::string> sentences = report.problems();
+    std::ranges::move(report.limitations(), std::back_inserter(sentences));
+    return sentences;
 }
 
 std::optional<std::string> LinuxHost::preferencesProblem() const {

@@ -11,10 +11,14 @@ namespace tessara {
 /// in good order. From then on both do again what they do to any program: a second one ends it at
 /// once, however long the good order takes.
 ///
-/// One at a time, on the thread of the `QCoreApplication`. Children are born with the signals as
-/// they were.
+/// One at a time, on the thread of the `QCoreApplication`, and made when there is something to be
+/// ended in good order; until then, as afterwards, the signals end the program at once. So does
+/// SIGKILL, which nobody can hear of: the kernel gives the mouse back then. Children are born with
+/// the signals as they were.
 class StopSignals : public QObject {
   public:
+    /// `onStop` is called once at most. Throws `std::system_error` where the system has no pipe
+    /// left.
     explicit StopSignals(std::function<void()> onStop);
     ~StopSignals() override;
 

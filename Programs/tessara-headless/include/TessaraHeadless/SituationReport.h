@@ -20,7 +20,9 @@ struct Obstacles {
     std::optional<std::string> tap;
 };
 
-/// How things stand, in whole sentences for a terminal, what stands in the way first.
+/// How things stand, in whole sentences for a terminal: the rights that are missing, what the
+/// program is doing, and then what is wrong with the mouse's settings, the session, the document
+/// and its saving.
 [[nodiscard]] std::vector<std::string> situationOf(const AppModel& model,
                                                    const Obstacles& obstacles);
 
@@ -31,7 +33,9 @@ struct Obstacles {
 /// Main executor; the model outlives it.
 class SituationReport : public QObject {
   public:
+    /// Asked at each change, on the main executor.
     using FindObstacles = std::function<Obstacles()>;
+    /// Is given one sentence after the other.
     using Say = std::function<void(const std::string& sentence)>;
 
     SituationReport(const AppModel& model, std::shared_ptr<DispatchQueue> mainQueue,
