@@ -15,14 +15,19 @@ struct XDGDirectories;
 /// in the user's autostart folder (Desktop Application Autostart of freedesktop.org), started with
 /// `--at-login`. An entry that the desktop's own settings switched off stays switched off: it reads
 /// as waiting for approval, and registering leaves it as it is.
+///
+/// It starts nothing itself, and does not look whether the program runs. The user's files may
+/// change under its hands at any time, so nothing of them is kept. Main executor; a question is a
+/// few files read.
 class AutostartLoginItem final : public LoginItemService {
   public:
     struct Places {
-        /// The user's entry.
+        /// The user's entry: "tessara.desktop" in the folder "autostart" of the configuration home.
         std::string entry;
-        /// Where an installed program's entry may be; the first that is there counts.
+        /// Where an installed program's entry may be, the user's own folder ahead of the system's;
+        /// the first that is there counts.
         std::vector<std::string> installedEntries;
-        /// Where a program without a path is looked for.
+        /// Where a program without a path is looked for: the absolute folders of $PATH, in order.
         std::vector<std::string> programFolders;
 
         /// As the environment has them. To be called before there are other threads.
@@ -31,6 +36,9 @@ class AutostartLoginItem final : public LoginItemService {
 
     /// `files` outlives this.
     AutostartLoginItem(FileSystem& files, Places places);
+
+    // `notFound` when the program has no entry that can be started, `unknown` when a file cannot be
+    // read, and so cannot be told; errors are sentences for the user.
 
     [[nodiscard]] LoginItemStatus status() const override;
     [[nodiscard]] std::expected<void, std::string> registerItem() override;

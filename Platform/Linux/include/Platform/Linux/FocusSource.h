@@ -23,12 +23,13 @@ class FocusSource {
   public:
     struct Window {
         WindowIdentity identity;
-        /// False for panels and desktops.
+        /// False for panels and desktops, as far as the display server lists them at all.
         bool isRegular = true;
         bool operator==(const Window&) const = default;
     };
 
-    /// None of them may destroy the source.
+    /// What is told, from the making of the source on: how things stand, and then each change. None
+    /// of them may destroy the source.
     struct Handlers {
         /// Another window is in front, or none, or the one in front names itself otherwise. Between
         /// two windows there often is none for an instant.
@@ -39,6 +40,7 @@ class FocusSource {
         std::function<void(const std::string& reason)> onEnd;
     };
 
+    /// Which windows are meant. It is asked during the call alone.
     using Predicate = std::function<bool(const WindowIdentity& window)>;
 
     virtual ~FocusSource() = default;
@@ -54,10 +56,12 @@ class FocusSource {
     FocusSource() = default;
 };
 
-/// A source, or why there is none.
+/// A source, or why there is none: the middle of a sentence for the user, as "the X11 display
+/// \":0\" does not answer".
 using MadeFocusSource = std::expected<std::unique_ptr<FocusSource>, std::string>;
 
-/// Through X11: the window manager's _NET_ACTIVE_WINDOW. `display` is what DISPLAY holds.
+/// Through X11: the window manager's _NET_ACTIVE_WINDOW and _NET_CLIENT_LIST, of the Extended
+/// Window Manager Hints. `display` is what DISPLAY holds.
 [[nodiscard]] MadeFocusSource makeX11FocusSource(const std::string& display,
                                                  std::shared_ptr<DispatchQueue> queue,
                                                  FocusSource::Handlers handlers);

@@ -21,6 +21,11 @@ class VirtualMouse;
 ///
 /// There is one way in, below the whole desktop: the location of a post makes no difference. The
 /// hardware's state is that of the real keyboards, the session's that and the virtual keyboard's.
+///
+/// Scrolling counts as in the events: positive is up, and left. A continuous event gives pixels
+/// (`ScrollToDetents` says how many are a detent), any other one lines, each a detent.
+///
+/// Any thread, except that posts are not for the tap's: they wait for the lock of a virtual device.
 class LinuxEventServices final : public PlainEventServices {
   public:
     /// `hardware` tells of the real keyboards. All must outlive the services.

@@ -10,11 +10,15 @@
 /// Which key of the kernel's a virtual key code means, and the other way round. Virtual key codes
 /// name places on a keyboard and not what is printed there, and so do the kernel's codes: what a
 /// key types is for the desktop's layout to say.
+///
+/// The document's virtual codes are those of the Macintosh keyboards (the constants kVK_ANSI_A and
+/// on), the kernel's are in linux/input-event-codes.h; both are joined by the key's usage in the
+/// USB HID Usage Tables, page 7. Each pair is one to one, which the compiler checks.
 namespace tessara::LinuxKeyTable {
 
 struct Key {
-    std::uint16_t virtualCode = 0;
-    std::uint16_t kernelCode = 0;
+    std::uint16_t virtualCode = 0;  ///< below 128, as documents store it
+    std::uint16_t kernelCode = 0;   ///< KEY_A and the like
 };
 
 /// How many keys a binding may be chosen from, and the modifier keys.

@@ -25,6 +25,8 @@ class LinuxPlatform {
     LinuxPlatform(const LinuxPlatform&) = delete;
     LinuxPlatform& operator=(const LinuxPlatform&) = delete;
 
+    // Each lives as long as the platform, and says itself on which threads it is used.
+
     [[nodiscard]] EventTapService& eventTaps();
     [[nodiscard]] EventServices& events();
     [[nodiscard]] HIDEventSystem& hidEvents();
@@ -37,7 +39,8 @@ class LinuxPlatform {
     /// forgotten.
     [[nodiscard]] SuspendMonitor& suspend();
 
-    /// The virtual mouse and the virtual keyboard; made by the first tap.
+    /// The virtual mouse and the virtual keyboard: made by the first tap, released and taken away
+    /// with the platform.
     [[nodiscard]] VirtualDevices& output();
 
   private:

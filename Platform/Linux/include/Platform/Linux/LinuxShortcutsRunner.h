@@ -11,11 +11,11 @@ class DispatchQueue;
 
 /// Named Shortcuts are executables of that name in one folder of the user's, started without
 /// arguments. They run on their own: nobody waits for them, their output goes nowhere, and they
-/// outlive the program.
+/// outlive the program. What a Shortcut does, and whether it worked, is not heard of.
 class LinuxShortcutsRunner final : public ShortcutsRunner {
   public:
-    /// `folder` need not exist. Programs are started on `queue`, where a moment's work delays
-    /// nothing.
+    /// `folder` need not exist; Shortcuts put there later are found. Programs are started on
+    /// `queue`, where a moment's work delays nothing.
     LinuxShortcutsRunner(std::string folder, std::shared_ptr<DispatchQueue> queue);
 
     /// Whether a Shortcut can have that name: one that stays in the folder and is not hidden there.

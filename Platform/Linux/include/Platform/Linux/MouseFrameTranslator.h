@@ -32,7 +32,8 @@ namespace tessara {
 /// One thread at a time. No operation allocates.
 class MouseFrameTranslator {
   public:
-    /// The most events that a frame may have, its `SYN_REPORT` included.
+    /// The most events that a frame may have, its `SYN_REPORT` included. 16 buttons with a scan
+    /// code each, two axes and two wheels of both resolutions come to 39.
     static constexpr std::size_t frameCapacity = 64;
     /// How many buttons there are: button n is `BTN_LEFT + n`.
     static constexpr std::size_t buttonCount = 16;
@@ -61,8 +62,8 @@ class MouseFrameTranslator {
     struct Wheel {
         std::uint16_t lineCode = 0;
         std::uint16_t highResolutionCode = 0;
-        CGEventField field{};
-        int sign = 1;  ///< of the field, where the kernel's value is positive
+        CGEventField field{};  ///< of the lines, in the event that is shown
+        int sign = 1;          ///< of the field, where the kernel's value is positive
         bool passesHighResolution = false;
         std::int64_t heldBack = 0;  ///< 120ths of a line
     };

@@ -13,9 +13,12 @@ class DispatchTimer;
 
 /// Makes one change of each switch between applications. Display servers tell of an instant without
 /// any window in front, which would have the profile change twice: that there is none counts only
-/// when it lasts. Lives on its queue.
+/// when it lasts. It asks no display server, and does not know what an application is.
+///
+/// It is made, used and destroyed on its queue.
 class SettledFocus {
   public:
+    /// Is told the application in front, or that there is none.
     using Handler = std::function<void(const std::optional<std::string>& applicationID)>;
 
     /// How long there has to be none in front.

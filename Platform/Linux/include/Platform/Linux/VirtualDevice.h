@@ -30,7 +30,8 @@ class VirtualDevice {
     /// Makes the device; success when it is there already.
     [[nodiscard]] std::expected<void, std::error_code> open();
 
-    /// Releases what is held and takes the device away.
+    /// Releases what is held, a frame for each, and takes the device away. Who has not read the
+    /// releases by then does not get them any more.
     void close();
 
     [[nodiscard]] bool isOpen() const { return sink_ != nullptr; }

@@ -9,11 +9,12 @@ namespace tessara {
 /// By what the virtual devices of this program are known: to the user, who reads the name in lists
 /// of devices, and to the program, which must never take its own output for input.
 ///
-/// The numbers never change. They are of the bus of virtual devices, so that they cannot be those
-/// of real hardware.
+/// The numbers never change: users' own rules for devices go by them, and desktops remember
+/// settings under them. They are of the bus of virtual devices, so that they cannot be those of
+/// real hardware.
 struct VirtualDeviceIdentity {
-    const char* name = "";
-    std::uint16_t product = 0;
+    const char* name = "";      ///< at most 79 bytes, as uinput takes them
+    std::uint16_t product = 0;  ///< tells this program's devices apart
 
     static constexpr std::uint16_t bus = BUS_VIRTUAL;
     static constexpr std::uint16_t vendor = 0x7465;

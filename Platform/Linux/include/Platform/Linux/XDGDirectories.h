@@ -7,9 +7,9 @@
 
 namespace tessara {
 
-/// Where the user's files belong, by the base directories that the desktops of freedesktop.org have
-/// agreed on. Only paths: nothing is created or checked here. A variable that is empty or not an
-/// absolute path counts as not set.
+/// Where the user's files belong, by the XDG Base Directories that the desktops of freedesktop.org
+/// have agreed on. Only paths: nothing is created or checked here. A variable that is empty or not
+/// an absolute path counts as not set.
 struct XDGDirectories {
     /// Gives the value of an environment variable, or nothing when it is not set.
     using Environment = std::function<std::optional<std::string>(const char* name)>;
@@ -29,7 +29,8 @@ struct XDGDirectories {
     /// as private, so it may be absent.
     std::optional<std::string> runtimeDirectory;
 
-    /// The folders of this program in those; it is named "tessara" in each.
+    /// The folders of this program in those; it is named "tessara" in each. `runtime` is none where
+    /// there is no such directory.
     [[nodiscard]] std::string config() const;
     [[nodiscard]] std::string data() const;
     [[nodiscard]] std::string state() const;
