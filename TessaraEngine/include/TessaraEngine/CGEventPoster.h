@@ -15,7 +15,10 @@ class EventServices;
 /// which the tap knows it again and lets it through.
 ///
 /// Glides and buttons share no state, so that the queues that post them do not wait for each other;
-/// each event is made from a source of its own.
+/// each event is made from a source of its own. Keys go through one `KeyboardEventPoster`.
+///
+/// Nothing is reported: an event that the system does not make is dropped. Any thread but the
+/// tap's. What to post, and when, is not decided here.
 class CGEventPoster final : public EventPosting {
   public:
     /// Events enter the stream at `postLocation`. `services` must outlive the poster.

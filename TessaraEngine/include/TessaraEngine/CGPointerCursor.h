@@ -12,7 +12,9 @@ class EventServices;
 class EventSource;
 
 /// Moves the system's cursor and keeps it on the displays: a step that leaves them all ends at the
-/// nearest point that is on one.
+/// nearest point that is on one, which is at most its last column or row. It knows nothing of
+/// curves and fractions; the steps are whole points. For the tap thread alone: nothing is
+/// allocated.
 class CGPointerCursor final : public PointerCursorMoving {
   public:
     /// The references must outlive the cursor. When the system gives no event source, no move will

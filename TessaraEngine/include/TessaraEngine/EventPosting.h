@@ -25,11 +25,12 @@ class EventPosting {
     EventPosting& operator=(const EventPosting&) = delete;
 
     /// Scrolls by `pixelDelta` pixels along `axis`, in one step of a gesture. The sign is the
-    /// direction. A step that ends a gesture moves by 0.
+    /// direction. A step that ends a gesture moves by 0, and no other does.
     virtual void postScrollStep(ScrollAxis axis, std::int64_t pixelDelta, ScrollPhase phase,
                                 ModifierFlags modifiers) = 0;
 
-    /// Presses or releases the key with the virtual key code `code`.
+    /// Presses or releases the key with the virtual key code `code` under these modifiers. A
+    /// release undoes what its press did to the modifiers.
     virtual void postKey(std::uint16_t code, bool isDown, ModifierFlags modifiers) = 0;
 
     /// Presses or releases a mouse button: 0 left, 1 right, 2 middle, 3 and up the extra buttons.

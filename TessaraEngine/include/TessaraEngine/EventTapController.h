@@ -20,7 +20,8 @@ class EventTapService;
 /// times every callback, and puts the tap back in place when the system takes it out.
 ///
 /// The handler is a plain function; what it does with an event is not known here. Nothing on the
-/// tap thread waits: a callback over the budget is counted, and that is all. Events that the system
+/// tap thread waits, since what it waits is what the user feels: a callback over the budget is
+/// counted, and that is all. Events that the system
 /// lost while the tap was out are not recovered; `onDisabled` is there for resetting what they
 /// leave half done.
 class EventTapController {
@@ -31,18 +32,29 @@ class EventTapController {
     using DisableHandler = std::move_only_function<void(TapDisableReason reason)>;
     using Block = std::move_only_function<void()>;
 
+    /// Where the tap goes, what it sees and what it may do with it.
     struct Configuration {
+        /// One bit per `CGEventType` number below 64; see `eventMask`.
         std::uint64_t eventsOfInterest = defaultEventMask;
+        /// Whether the tap may change and drop events.
         CGEventTapOptions options = CGEventTapOptions::defaultTap;
+        /// At which point of their way events come through.
         CGEventTapLocation location = CGEventTapLocation::session;
+        /// Ahead of the other taps there, or behind them.
         CGEventTapPlacement placement = CGEventTapPlacement::headInsert;
-        /// What a callback may take before it counts as an overrun.
+        /// What a callback may take before it counts as an overrun. Exactly this is none.
         double budgetMillis = 2.0;
 
         bool operator==(const Configuration&) const = default;
     };
 
-    enum class StartError : std::uint8_t { tapCreationFailed, alreadyRunning };
+    /// Why a start came to nothing.
+    enum class StartError : std::uint8_t {
+        /// The system gave no tap, mostly for want of a permission.
+        tapCreationFailed,
+        /// There was a start before, and no stop since.
+        alreadyRunning
+    };
 
     /// The error in words, for the user.
     [[nodiscard]] static std::string_view description(StartError error);
@@ -58,9 +70,9 @@ class EventTapController {
         return mask;
     }
 
-    /// The wheel, and all buttons going down and up.
+    /// The wheel, and all buttons going down and up: 0x640001E.
     static const std::uint64_t scrollAndButtonEventMask;
-    /// Motion, with and without a button down.
+    /// Motion, with and without a button down: 0x80000E0.
     static const std::uint64_t pointerMotionEventMask;
     /// Both.
     static const std::uint64_t defaultEventMask;
@@ -91,19 +103,22 @@ class EventTapController {
     /// the handlers are at rest. On the tap thread itself it does nothing. Any thread.
     void drain();
 
-    /// Runs the block on the tap thread, between two callbacks. False when there is no tap thread;
-    /// the block is then dropped. Any thread.
+    /// Runs the block on the tap thread, between two callbacks, in the order of the calls. It does
+    /// not wait for it. A block that was taken runs, also when a stop follows. False when there is
+    /// no tap thread; the block is then dropped. Any thread.
     bool perform(Block block);
 
-    /// Any thread.
+    /// Whether there was a start that did not fail, and no stop since. Any thread.
     [[nodiscard]] bool isRunning() const;
     /// Whether events come through the tap now. False without a tap, and once stopped.
     [[nodiscard]] bool isTapEnabled() const;
     /// Whether the caller runs in what a tap thread was given: a callback or a performed block.
     [[nodiscard]] static bool isOnTapThread();
 
-    /// Any thread.
+    /// How the callbacks fared since the construction or the last `resetMetrics`, in one moment.
+    /// They go on over a stop and a further start. Any thread.
     [[nodiscard]] TapMetrics snapshotMetrics() const;
+    /// Begins to count from 0. Any thread.
     void resetMetrics();
 
     /// What the tap calls for every event, and for notices that it was disabled: true to let the

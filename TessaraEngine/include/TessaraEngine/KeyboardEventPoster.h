@@ -41,8 +41,11 @@ class KeyboardEventPoster {
     KeyboardEventPoster& operator=(const KeyboardEventPoster&) = delete;
 
     /// Presses or releases the key `code` under `modifierFlags`, into the stream at `location`. A
-    /// release goes by the modifiers of its press. A modifier key is posted as a change of flags
-    /// and never as a key.
+    /// release goes by the modifiers of its press, whatever it is given. A modifier key is posted
+    /// as a change of flags and never as a key.
+    ///
+    /// Every event carries the flags of the state after it: the modifiers that are held, by the
+    /// program or by the user, and Caps Lock while it is on or asked for.
     void post(std::uint16_t code, bool isDown, ModifierFlags modifierFlags,
               CGEventTapLocation location);
 

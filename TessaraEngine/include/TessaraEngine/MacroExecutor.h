@@ -29,22 +29,34 @@ class MacroExecutor {
   public:
     /// What happened since the start or the last `resetMetrics`.
     struct Metrics {
-        std::int64_t intentsExecuted = 0;     ///< intents carried out, delays not counted
-        std::int64_t keysPosted = 0;          ///< key intents carried out
-        std::int64_t mouseButtonsPosted = 0;  ///< button intents carried out
-        std::int64_t repeatsStarted = 0;      ///< repeats that began
-        std::int64_t repeatsStopped = 0;      ///< repeats ended, by an intent or by a reset
-        std::int64_t repeatIterations = 0;    ///< times that a repeat played its step
-        std::int64_t dpiRequests = 0;         ///< resolutions asked for
+        /// Intents carried out, delays not counted.
+        std::int64_t intentsExecuted = 0;
+        /// Presses and releases of keys among them.
+        std::int64_t keysPosted = 0;
+        /// Presses and releases of mouse buttons among them.
+        std::int64_t mouseButtonsPosted = 0;
+        /// Repeats that began. One that takes the place of another counts, too.
+        std::int64_t repeatsStarted = 0;
+        /// Repeats ended by an intent or by a reset, but not those that were replaced.
+        std::int64_t repeatsStopped = 0;
+        /// Times that a repeat played its step; the press that began it played it once before.
+        std::int64_t repeatIterations = 0;
+        /// Changes of the resolution among the intents.
+        std::int64_t dpiRequests = 0;
+        /// Calls of `reset`.
         std::int64_t resets = 0;
-        std::int64_t intentsAbandoned = 0;   ///< intents dropped because their epoch had passed
-        std::int64_t keysForceReleased = 0;  ///< keys that a reset itself released
-        std::int64_t mouseButtonsForceReleased = 0;  ///< buttons that a reset itself released
+        /// Intents dropped because their epoch had passed, delays among them.
+        std::int64_t intentsAbandoned = 0;
+        /// Keys that a reset released by itself, and not by its list.
+        std::int64_t keysForceReleased = 0;
+        /// Mouse buttons that a reset released by itself, and not by its list.
+        std::int64_t mouseButtonsForceReleased = 0;
 
         bool operator==(const Metrics&) const = default;
     };
 
-    /// `dispatcher` makes the queue and is not used afterwards.
+    /// Begins at rest. `poster` takes keys and buttons, `sideEffects` everything else; both are
+    /// called on the queue only. `dispatcher` makes the queue and is not used afterwards.
     MacroExecutor(std::shared_ptr<EventPosting> poster,
                   std::shared_ptr<MacroSideEffects> sideEffects, Dispatcher& dispatcher);
     ~MacroExecutor();
@@ -72,16 +84,19 @@ class MacroExecutor {
     /// nobody else knows of them.
     void reset(std::vector<ButtonIntent> thenExecuting);
 
-    /// Ends all repeats. What is held stays held and lists go on.
+    /// Ends all repeats. What is held stays held, and lists go on, in the same epoch.
     void stopAllRepeats();
 
     /// Waits until all that is due on the queue has run. Not to be called from the sink or a side
     /// effect.
     void drain();
 
+    /// All counters of one moment.
     [[nodiscard]] Metrics snapshotMetrics() const;
+    /// Begins to count from 0.
     void resetMetrics();
 
+    /// Repeats that are running.
     [[nodiscard]] std::int64_t activeRepeatCount() const;
     /// Keys and buttons that the executor has pressed and not yet released.
     [[nodiscard]] std::int64_t heldKeyCount() const;

@@ -20,10 +20,11 @@ class MacroSideEffects {
     /// Asks for a resolution of the mouse, in DPI.
     virtual void requestDPI(std::int64_t dpi) = 0;
 
-    /// Starts the application of that identifier, or brings it to the front.
+    /// Starts the application of that identifier, or brings it to the front. One that is not
+    /// installed is no fault.
     virtual void launchApp(const std::string& bundleID) = 0;
 
-    /// Runs the user's shortcut of that name.
+    /// Runs the user's shortcut of that name, and does not wait for its end.
     virtual void runShortcut(const std::string& name) = 0;
 
   protected:

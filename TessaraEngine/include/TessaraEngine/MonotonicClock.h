@@ -17,7 +17,9 @@ class MonotonicClock {
     /// The present, counted from the time line's start.
     [[nodiscard]] std::uint64_t ticks() const noexcept;
 
+    /// Ticks in nanoseconds; exact up to 2^53, which is a hundred days.
     [[nodiscard]] static double nanoseconds(std::uint64_t ticks) noexcept;
+    /// Ticks in milliseconds.
     [[nodiscard]] static double milliseconds(std::uint64_t ticks) noexcept;
 
     /// The present, in milliseconds.

@@ -7,7 +7,8 @@ namespace tessara {
 class HIDTransport;
 class PermissionService;
 
-/// What the user has granted.
+/// What the user has granted: a value of one moment. Nothing asks the user here; that is for the
+/// interface to do, in the system's settings.
 struct PermissionState {
     /// To sit in the event stream and to post events.
     bool accessibility = false;

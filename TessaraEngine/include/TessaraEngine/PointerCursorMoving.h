@@ -17,8 +17,9 @@ class PointerCursorMoving {
     PointerCursorMoving(const PointerCursorMoving&) = delete;
     PointerCursorMoving& operator=(const PointerCursorMoving&) = delete;
 
-    /// Moves the cursor by whole points and answers where it is then; nothing when it could not be
-    /// moved. Called on the tap thread: must not allocate or wait.
+    /// Moves the cursor by whole points, to the right and down, and answers where it is then;
+    /// nothing when it could not be moved, and it is where it was. A cursor that was stopped at an
+    /// edge of the desktop has been moved. Called on the tap thread: must not allocate or wait.
     [[nodiscard]] virtual std::optional<CGPoint> move(std::int64_t dx, std::int64_t dy) = 0;
 
   protected:

@@ -15,7 +15,11 @@ class DispatchQueue;
 class WorkspaceService;
 
 /// Follows the application in front and works out which profile should be active. It tells its
-/// handler when that is another one, and applies nothing itself.
+/// handler when that is another one, and applies nothing itself. The rules by which an application
+/// gets its profile are the document's.
+///
+/// An application without an identifier, and no application at all, get the default profile.
+/// Notifications hold the watcher weakly, so it is made shared.
 class ProfileWatcher : public std::enable_shared_from_this<ProfileWatcher> {
   public:
     /// Hears of a profile that is to become active, with the application it is for and how it was

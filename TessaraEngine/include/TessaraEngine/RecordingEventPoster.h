@@ -13,7 +13,7 @@
 
 namespace tessara {
 
-/// A scroll step that was asked for.
+/// A scroll step that was asked for: the arguments of `EventPosting::postScrollStep`.
 struct ScrollEmission {
     ScrollAxis axis = ScrollAxis::vertical;
     std::int64_t pixelDelta = 0;
@@ -23,7 +23,7 @@ struct ScrollEmission {
     bool operator==(const ScrollEmission&) const = default;
 };
 
-/// A key that was asked for.
+/// A key that was asked for: the arguments of `EventPosting::postKey`.
 struct KeyEmission {
     std::uint16_t code = 0;
     bool isDown = false;
@@ -32,7 +32,7 @@ struct KeyEmission {
     bool operator==(const KeyEmission&) const = default;
 };
 
-/// A mouse button that was asked for.
+/// A mouse button that was asked for: the arguments of `EventPosting::postMouseButton`.
 struct MouseButtonEmission {
     std::int64_t number = 0;
     bool isDown = false;
@@ -54,6 +54,7 @@ using Emission = std::variant<ScrollEmission, KeyEmission, MouseButtonEmission>;
 /// that a glide can be watched on a real screen while the macros beside it stay on paper.
 class RecordingEventPoster final : public EventPosting {
   public:
+    /// `forwardingTo`, if given, gets every scroll step once it has been recorded.
     explicit RecordingEventPoster(std::shared_ptr<EventPosting> forwardingTo = nullptr);
 
     void postScrollStep(ScrollAxis axis, std::int64_t pixelDelta, ScrollPhase phase,

@@ -10,16 +10,20 @@
 
 namespace tessara {
 
+/// A resolution that was asked for.
 struct DPIRequest {
+    /// In DPI.
     std::int64_t dpi = 0;
     bool operator==(const DPIRequest&) const = default;
 };
 
+/// An application that was to be started or brought to the front.
 struct AppLaunch {
     std::string bundleID;
     bool operator==(const AppLaunch&) const = default;
 };
 
+/// A shortcut of the user's that was to be run.
 struct ShortcutRun {
     std::string name;
     bool operator==(const ShortcutRun&) const = default;

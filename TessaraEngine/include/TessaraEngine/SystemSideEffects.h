@@ -10,7 +10,9 @@ class ShortcutsRunner;
 class WorkspaceService;
 
 /// Side effects on the real desktop: applications through the workspace, Shortcuts through their
-/// runner, and the mouse's resolution through a function of the engine's.
+/// runner, and the mouse's resolution through a function of the engine's. It waits for none of them
+/// and reports nothing: an application that is not installed and a shortcut that fails are left at
+/// that. Any thread that the services allow; the macro executor calls it on its queue.
 class SystemSideEffects final : public MacroSideEffects {
   public:
     /// Called on the macro queue; must return at once.

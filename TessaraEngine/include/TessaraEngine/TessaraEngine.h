@@ -40,9 +40,12 @@ class ProfileWatcher;
 /// was not stopped still lets go of what it holds, but tells nobody and leaves the mouse connected.
 class TessaraEngine : public std::enable_shared_from_this<TessaraEngine> {
   public:
+    /// What the program decides, and not the user's document.
     struct Options {
         /// The mice to reshape.
         std::vector<HIDPPDeviceMatch> deviceMatches;
+        /// The tap. With the default mask the engine leaves motion out while no profile needs it;
+        /// another mask is taken as it stands.
         EventTapController::Configuration tap;
         /// Where everything goes that the engine makes itself.
         std::shared_ptr<EventPosting> poster;
@@ -55,7 +58,9 @@ class TessaraEngine : public std::enable_shared_from_this<TessaraEngine> {
         /// Settings of the mouse that belong to no profile; absent leaves them as they are.
         std::optional<std::int64_t> reportRateHertz;
         std::optional<bool> highResolutionWheel;
+        /// Whether buttons may start applications.
         bool allowsAppLaunch = true;
+        /// Whether buttons may run shortcuts.
         bool allowsShortcuts = true;
         /// Whether motion is taken raw and the cursor moved by the engine; needs the platform's
         /// cursor service.
@@ -73,24 +78,33 @@ class TessaraEngine : public std::enable_shared_from_this<TessaraEngine> {
     TessaraEngine(const TessaraEngine&) = delete;
     TessaraEngine& operator=(const TessaraEngine&) = delete;
 
-    /// Starts the tap and follows the application in front. Does nothing when it runs. With a
-    /// disabled document it starts nothing and says so in the status. After a failure the watcher
+    /// Starts the tap and follows the application in front; the profile for it is in force when
+    /// this returns. Does nothing when it runs. With a disabled document it starts nothing and says
+    /// so in the status. After a failure, which is mostly a permission that is missing, the watcher
     /// goes on, and a later start may succeed.
     [[nodiscard]] std::expected<void, EventTapController::StartError> start();
 
-    /// Ends everything, the tap first, and returns when all that was held has been let go. May be
-    /// called again, and before any start.
+    /// Ends everything, the tap first, and returns when all keys and buttons that were held have
+    /// been let go and the old pointer figures have been given back to the system. The end of a
+    /// gesture is posted by its queue a moment later. Waits for what the tap thread and the macro
+    /// queue have at hand. May be called again, and before any start.
     void stop();
 
-    /// Takes a new document: starts, stops or restarts as it asks, or applies it as it runs. That
-    /// the tap cannot be made is not told here; the status shows it.
+    /// Takes a new document: starts, stops or restarts as it asks, or applies it as it runs. Either
+    /// way all that the old one holds is let go first, also where the profile is the same. That the
+    /// tap cannot be made is not told here; the status shows it.
     void update(Config config);
 
+    /// The document in force.
     [[nodiscard]] const Config& currentConfig() const { return config_; }
 
-    /// Chooses the profile for that application, and applies it in any case.
+    /// Chooses the profile for that application, and applies it in any case: what the old one holds
+    /// is let go, and the new one is in force for all events from some moment on. While the engine
+    /// follows the application in front that is a turn of the main executor later, and until
+    /// another comes to the front.
     void activateProfile(const std::optional<std::string>& bundleID);
 
+    /// How things stand.
     [[nodiscard]] const EngineStatus& status() const { return status_; }
 
     /// Called on the main executor with each status that differs from the last.
@@ -103,11 +117,15 @@ class TessaraEngine : public std::enable_shared_from_this<TessaraEngine> {
     [[nodiscard]] EventSubscription statusStream(std::shared_ptr<DispatchQueue> queue,
                                                  EventStream<EngineStatus>::Listener listener);
 
-    /// Bring the status up to date.
+    /// Brings the permissions in the status up to date, without asking the user.
     void refreshPermissions();
+    /// Brings the counters in the status up to date, and what is attached. A correction of the
+    /// pointer figures that the system refused is tried once more.
     void refreshMetrics();
 
     [[nodiscard]] bool isPausedByUser() const { return options_.isPausedByUser; }
+    /// Tells of a pause, or of its end. The document decides what events meet; here it only keeps
+    /// the system's pointer figures as they were.
     void setPausedByUser(bool isPaused);
 
     /// The user's switch for the correction of the system's pointer figures.
