@@ -24,14 +24,17 @@ class QtMainQueueTest : public ::testing::Test {
 };
 
 TEST_F(QtMainQueueTest, a_loop_within_a_block_runs_no_other_block_until_that_one_has_ended) {
-    std::vector<const char*> ran;
-    queue->post([&] {
-        queue->post([&] { ran.push_back("posted"); });
+    for (const bool isDrained : {false, true}) {
+        std::vector<const char*> ran;
+        queue->post([&] {
+            queue->post([&] { ran.push_back("posted"); });
+            QCoreApplication::processEvents();
+            ran.push_back("block");
+        });
+        if (isDrained) queue->drain();
         QCoreApplication::processEvents();
-        ran.push_back("block");
-    });
-    QCoreApplication::processEvents();
-    EXPECT_THAT(ran, ElementsAre("block", "posted"));
+        EXPECT_THAT(ran, ElementsAre("block", "posted")) << isDrained;
+    }
 }
 
 TEST_F(QtMainQueueTest, may_be_let_go_on_another_thread_while_its_loop_has_yet_to_run_it) {

@@ -89,12 +89,15 @@ class QtMainQueue::Loop final : public QObject, public std::enable_shared_from_t
 
     /// Runs what is due now, and nothing that it makes due.
     void runDueOnce() {
+        const QScopedValueRollback inRound(isInRound_, true);
         const Due end = [this] {
             MutexLock lock(mutex_);
+            wakeUp_ = atWork;
             return Due{clock_.now(), sequence_++};
         }();
         while (auto block = takeDueBefore(end))
             run(*block);
+        wake();  // for what is left, whose own call a loop within a block may have ignored
     }
 
     [[nodiscard]] bool isCurrent() const noexcept { return RunningIn::current() == id_; }
