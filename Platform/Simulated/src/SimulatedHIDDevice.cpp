@@ -2,11 +2,10 @@
 
 #include <utility>
 
+#include "TargetMouse.h"
+
 namespace tessara {
 namespace {
-
-constexpr std::int64_t targetVendorID = 0x046D;
-constexpr std::int64_t targetProductID = 0xC099;
 
 template <typename Value>
 void addIfPresent(std::map<std::string, HIDValue, std::less<>>& properties, const char* key,

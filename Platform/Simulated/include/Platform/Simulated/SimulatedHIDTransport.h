@@ -41,6 +41,14 @@ class SimulatedHIDTransport final : public HIDTransport {
     void refuseOpens(std::int64_t count = SimulatedRefusal::always);
     /// The next writes are not taken (`IOReturn::timeout`).
     void refuseWrites(std::int64_t count = SimulatedRefusal::always);
+    /// Makes the writes that come from now on wait, as on a device that is slow to take them, until
+    /// they are released. On real threads only: in virtual time the one thread that there is would
+    /// wait for itself.
+    void holdWrites();
+    /// Lets the writes that wait, and all later ones, go on: to the mouse if it is still there.
+    void releaseWrites();
+    /// Writes that wait now.
+    [[nodiscard]] std::int64_t heldWriteCount() const;
     /// Without it interfaces cannot be opened. Granted at first.
     void setListenEventAccess(HIDListenEventAccess access);
 
@@ -56,8 +64,6 @@ class SimulatedHIDTransport final : public HIDTransport {
     [[nodiscard]] HIDListenEventAccess listenEventAccess() const override;
 
   private:
-    class Interface;
-    class Plug;
     class Watch;
     struct System;
 
