@@ -152,9 +152,12 @@ std::size_t characterCount(std::string_view text) {
     while (!text.empty()) {
         const CodePoint codePoint = firstCodePoint(text);
         text.remove_prefix(codePoint.length);
-        const bool breaks = previous < 0 || codePoint.value < 0 ||
-                            utf8proc_grapheme_break_stateful(previous, codePoint.value, &state);
-        if (breaks) ++count;
+        if (previous < 0 || codePoint.value < 0) {
+            state = 0;  // what stood before has no part in what follows
+            ++count;
+        } else if (utf8proc_grapheme_break_stateful(previous, codePoint.value, &state)) {
+            ++count;
+        }
         previous = codePoint.value;
     }
     return count;
@@ -208,7 +211,9 @@ std::string presentable(std::string_view text) {
     while (!text.empty()) {
         if (result.size() > limit) return result + "…";
         const CodePoint codePoint = firstCodePoint(text);
-        result += codePoint.value < 0 ? "�" : text.substr(0, codePoint.length);
+        const bool isShowable =
+            codePoint.value >= 0 && utf8proc_category(codePoint.value) != UTF8PROC_CATEGORY_CC;
+        result += isShowable ? text.substr(0, codePoint.length) : "�";
         text.remove_prefix(codePoint.length);
     }
     return result;

@@ -25,7 +25,7 @@ namespace tessara::text {
 [[nodiscard]] bool hasPrefixIgnoringCase(std::string_view text, std::string_view prefix);
 
 /// `text` for a message to people: cut off after a few hundred bytes, and with a replacement
-/// character for each byte that is not UTF-8.
+/// character for each byte that is not UTF-8 and for each control character.
 [[nodiscard]] std::string presentable(std::string_view text);
 
 }  // namespace tessara::text

@@ -22,6 +22,7 @@ TEST(BundleIDPattern, what_the_user_types_is_read_and_given_back) {
                           {"com.*.app", ExactBundleID{"com.*.app"}, "com.*.app"},
                           {"*com", ExactBundleID{"*com"}, "*com"},
                           {"com.foo. bar\n", ExactBundleID{"com.foo. bar"}, "com.foo. bar"},
+                          {"x\u00A0\x80", ExactBundleID{"x\u00A0\x80"}, "x\u00A0\x80"},
                           {"é\xff ", ExactBundleID{"é\xff"}, "é\xff"}};
     for (const auto& [typed, pattern, text] : cases) {
         EXPECT_EQ(parseBundleIDPattern(typed), pattern) << typed;
@@ -86,6 +87,7 @@ TEST(BundleIDPattern, a_prefix_is_as_specific_as_a_reader_would_count_it_long) {
                           {BundleIDPrefix{"e\u0301"}, 2},
                           {BundleIDPrefix{"👩‍👩‍👧x"}, 3},
                           {BundleIDPrefix{"🇨🇭🇨🇭"}, 3},
+                          {BundleIDPrefix{"🇨🇭\xff🇨🇭"}, 4},
                           {BundleIDPrefix{"\r\n"}, 2},
                           {BundleIDPrefix{"\xff\xff"}, 3},
                           {ExactBundleID{""}, std::numeric_limits<std::int64_t>::max()}};
