@@ -130,12 +130,12 @@ class JSONDocumentBuilder {
 };
 
 std::expected<JSONDocument, JSONSyntaxError> JSONDocument::parse(std::string_view text) {
-    JSONDocumentBuilder builder;
     // The library takes a NUL for the end of the text and would not see what follows.
     const std::size_t nul = text.find('\0');
     if (nul != std::string_view::npos) {
         return std::unexpected(errorAt(nul, text, "a character that is no part of JSON"));
     }
+    JSONDocumentBuilder builder;
     const bool isWhole = nlohmann::json::sax_parse(text, &builder);
     return std::move(builder).finish(isWhole, text);
 }

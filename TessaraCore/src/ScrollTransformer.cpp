@@ -26,6 +26,29 @@ bool passesGate(const ScrollSettings& settings, const ScrollInput& input) {
     return (*settings.activationModifiers - input.modifiers).normalized().isEmpty();
 }
 
+/// How many clicks in a row, this one included, have come fast enough upon the one before.
+std::int64_t streakWith(const ScrollInput& input, const ScrollTransformer::AxisState& state,
+                        const ScrollSettings& settings, bool directionChanged) {
+    if (!settings.accelerationEnabled || directionChanged || !state.lastDetentMillis) return 0;
+    const double gap = input.timestampMillis - *state.lastDetentMillis;
+    const bool goesOn = gap >= 0 && gap <= settings.accelerationWindowMillis;
+    return goesOn ? checkedAdd<std::int64_t>(state.streak, 1) : 0;
+}
+
+double multiplierOf(std::int64_t streak, const ScrollSettings& settings) {
+    return std::min(1 + settings.accelerationGain * static_cast<double>(streak),
+                    settings.maxAccelerationMultiplier);
+}
+
+/// The pixels that a click asks for by itself.
+double requestedPixels(const ScrollInput& input, std::int64_t streak,
+                       const ScrollSettings& settings) {
+    const bool isForward = (input.lineDelta > 0) != settings.isInverted;
+    const auto lines = static_cast<double>(checkedAbs(input.lineDelta));
+    const double pixels = multiplierOf(streak, settings) * (settings.pixelsPerDetent * lines);
+    return isForward ? pixels : -pixels;
+}
+
 /// How a new plan relates to the one before it.
 struct Takeover {
     GestureTransition transition = GestureTransition::begin;
@@ -125,18 +148,14 @@ ScrollOutcome ScrollTransformer::transform(
     AxisState& state = axes_[static_cast<std::size_t>(input.axis)];
     const std::int64_t direction = input.lineDelta > 0 ? 1 : -1;
     const bool directionChanged = state.lastDirection != 0 && state.lastDirection != direction;
-    const double multiplier = advanceStreak(state, settings, input, directionChanged);
+    state.streak = streakWith(input, state, settings, directionChanged);
 
     const Takeover takeover = takeOver(state.plan, input, directionChanged,
                                        deliveredPixelsOfPreviousPlan, settings.frameIntervalMillis);
 
-    const auto sign = static_cast<double>(settings.isInverted ? -direction : direction);
-    const double requested =
-        sign * (multiplier *
-                (settings.pixelsPerDetent * static_cast<double>(checkedAbs(input.lineDelta))));
-    const std::int64_t total =
-        roundedPixels(clamp(static_cast<double>(takeover.carry) + requested,
-                            -settings.maxInFlightPixels, settings.maxInFlightPixels));
+    const std::int64_t total = roundedPixels(
+        clamp(static_cast<double>(takeover.carry) + requestedPixels(input, state.streak, settings),
+              -settings.maxInFlightPixels, settings.maxInFlightPixels));
     state.lastDetentMillis = input.timestampMillis;
     state.lastDirection = direction;
     // A plan that is running goes on undisturbed: only a new plan takes its place.
@@ -157,22 +176,6 @@ ScrollOutcome ScrollTransformer::transform(
                     .steps = makeSteps(settings, takeover, total, state.plan)};
     state.plan = plan;
     return ScrollAnimate{std::move(plan)};
-}
-
-double ScrollTransformer::advanceStreak(AxisState& state, const ScrollSettings& settings,
-                                        const ScrollInput& input, bool directionChanged) {
-    if (!settings.accelerationEnabled) {
-        state.streak = 0;
-        return 1;
-    }
-    bool goesOn = false;
-    if (!directionChanged && state.lastDetentMillis) {
-        const double gap = input.timestampMillis - *state.lastDetentMillis;
-        goesOn = gap >= 0 && gap <= settings.accelerationWindowMillis;
-    }
-    state.streak = goesOn ? checkedAdd<std::int64_t>(state.streak, 1) : 0;
-    return std::min(1 + settings.accelerationGain * static_cast<double>(state.streak),
-                    settings.maxAccelerationMultiplier);
 }
 
 void ScrollTransformer::reset() {

@@ -72,6 +72,7 @@ TEST(ButtonRouter, each_action_asks_for_its_own_at_the_press_and_at_the_release)
         ButtonRouter router = routerOf({{.button = 4, .action = action}});
         EXPECT_EQ(router.handle(ButtonEvent::down(4, 100)), atPress);
         EXPECT_EQ(router.heldAction(4), action);
+        EXPECT_EQ(router.held().at(4), (ButtonRouter::HeldState{action, 100, none}));
         EXPECT_THAT(router.handle(ButtonEvent::down(4, 105)), IsEmpty()) << "a second press";
         EXPECT_EQ(router.handle(ButtonEvent::up(4, 110)), atRelease);
         EXPECT_EQ(router, routerOf({{.button = 4, .action = action}}));

@@ -25,6 +25,7 @@ void expectForm(const T& value, const char* json) {
     const auto decoded = decodeJSON<T>(*encoded);
     ASSERT_TRUE(decoded) << description(decoded.error());
     EXPECT_EQ(*decoded, value);
+    EXPECT_EQ(encodeJSON(*decoded), encoded);
 }
 
 TEST(JSON, each_value_has_its_stored_form) {
@@ -48,6 +49,7 @@ TEST(JSON, each_value_has_its_stored_form) {
     expectForm(MacroStep{KeyDownStep{4, shift}}, R"({"keyDown":{"code":4,"modifiers":2}})");
     expectForm(MacroStep{KeyUpStep{4, shift}}, R"({"keyUp":{"code":4,"modifiers":2}})");
     expectForm(MacroStep{DelayStep{-5}}, R"({"delay":{"millis":-5}})");
+    expectForm(MacroStep{DelayStep{-0.0}}, R"({"delay":{"millis":-0.0}})");
     expectForm(MacroStep{MouseButtonStep{3}}, R"({"mouseButton":{"number":3}})");
 
     expectForm(Action{PassThroughAction{}}, R"({"passThrough":{}})");
@@ -180,6 +182,7 @@ TEST(JSON, each_fault_of_a_structure_is_named_with_its_place) {
         EXPECT_EQ(errorOf<Rule>(json), expected) << json;
     EXPECT_EQ(errorOf<Easing>(R"("EaseOut")"),
               R"("EaseOut" is none of "linear", "easeOut", "easeInOut")");
+    EXPECT_TRUE(errorOf<Easing>(R"("a\u001b[1m\n\u0085")").starts_with("\"a�[1m��\" is none of"));
     EXPECT_LT(errorOf<Easing>('"' + std::string(100'000, 'x') + '"').size(), 300U);
 }
 
@@ -195,6 +198,7 @@ TEST(JSON, text_that_is_not_json_is_refused_with_line_and_column) {
         {"", "not valid JSON at line 1, column 1: "},
         {"{\"any\":\n  {]}", "not valid JSON at line 2, column 4: "},
         {R"({"any":{}} x)", "not valid JSON at line 1, column 12: "},
+        {std::string("{\"any\":{}}\0x", 12), "not valid JSON at line 1, column 11: "},
         {R"({"any":{"x":1e400}})", "not valid JSON at line 1, column 17: number overflow"},
         {R"({"exact":{"_0":"\ud800"}})", "not valid JSON at line 1, column "},
         {"{\"exact\":{\"_0\":\"\xC0\x80\"}}", "not valid JSON at line 1, column 17: "},

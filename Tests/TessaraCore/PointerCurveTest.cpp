@@ -94,13 +94,13 @@ TEST(PointerAccumulator, fractions_wait_until_they_make_a_pixel) {
 
 TEST(PointerAccumulator, a_new_curve_keeps_the_fractions_and_a_reset_drops_them) {
     PointerAccumulator accumulator{PointerCurve::linear};
-    EXPECT_EQ(accumulator.apply({0.9, 0}, 8), PointerPixels{});
+    EXPECT_EQ(accumulator.apply({0.9, -0.9}, 8), PointerPixels{});
     accumulator.setCurve({.sensitivity = 0.5});
-    EXPECT_EQ(accumulator.apply({0.2, 0}, 8), (PointerPixels{1, 0}));
+    EXPECT_EQ(accumulator.apply({0.2, -0.2}, 8), (PointerPixels{1, -1}));
 
-    EXPECT_EQ(accumulator.apply({1.8, 0}, 8), PointerPixels{});
+    EXPECT_EQ(accumulator.apply({1.8, -1.8}, 8), PointerPixels{});
     accumulator.reset();
-    EXPECT_EQ(accumulator.apply({0.2, 0}, 8), PointerPixels{});
+    EXPECT_EQ(accumulator.apply({0.2, -0.2}, 8), PointerPixels{});
 }
 
 }  // namespace

@@ -147,9 +147,13 @@ TEST(ScrollTransformer, a_streak_lives_on_only_within_the_window_and_in_one_dire
         planOf(transformer, second);
         EXPECT_EQ(transformer.axisState(ScrollAxis::vertical).streak, streak) << name;
     }
-    ScrollTransformer unaccelerated{{.durationMillis = 10, .accelerationEnabled = false}};
-    planOf(unaccelerated, click(1000));
-    EXPECT_EQ(planOf(unaccelerated, click(1020)).totalPixelDelta, 50);
+    ScrollTransformer switched{{.durationMillis = 10}};
+    planOf(switched, click(1000));
+    planOf(switched, click(1020));
+    switched.setSettings({.durationMillis = 10, .accelerationEnabled = false});
+    EXPECT_EQ(planOf(switched, click(1040)).totalPixelDelta, 50);
+    switched.setSettings({.durationMillis = 10});
+    EXPECT_EQ(planOf(switched, click(1060)).totalPixelDelta, 110) << "the streak began anew";
 }
 
 TEST(ScrollTransformer, the_relation_to_the_plan_before_decides_what_is_carried) {
@@ -190,6 +194,9 @@ TEST(ScrollTransformer, the_relation_to_the_plan_before_decides_what_is_carried)
         const ScrollPlan plan =
             planOf(transformer, click(each.atMillis, each.lines, each.modifiers), each.delivered);
         EXPECT_EQ(plan.gestureTransition, each.transition);
+        EXPECT_EQ(
+            plan.steps.front() == (ScrollStep{.phase = ScrollPhase::ended, .modifiers = none}),
+            each.transition == endPreviousThenBegin);
         EXPECT_EQ(plan.supersedes.has_value(), each.supersedes);
         EXPECT_EQ(plan.totalPixelDelta, each.total);
         EXPECT_DOUBLE_EQ(plan.easingStartProgress, each.startProgress);
@@ -258,8 +265,8 @@ TEST(ScrollTransformer, inversion_turns_the_output_and_nothing_else) {
               GestureTransition::continuePrevious);
 }
 
-TEST(ScrollTransformer, halves_of_a_pixel_round_away_from_zero) {
-    for (const auto& [lines, total] : {std::pair{1, 3}, std::pair{-1, -3}}) {
+TEST(ScrollTransformer, every_line_counts_and_halves_of_a_pixel_round_away_from_zero) {
+    for (const auto& [lines, total] : {std::pair{1, 3}, {-1, -3}, {3, 8}, {-4, -10}}) {
         ScrollTransformer transformer{{.pixelsPerDetent = 2.5}};
         EXPECT_EQ(planOf(transformer, click(0, lines)).totalPixelDelta, total);
     }
@@ -326,6 +333,11 @@ TEST(ScrollTransformer, a_step_counts_as_delivered_at_its_very_time) {
          {std::pair{900.0, 0}, {1007.9, 0}, {1008.0, 4}, {5000.0, 7}}) {
         EXPECT_EQ(ScrollTransformer::deliveredPixels(plan, time), pixels) << time;
     }
+}
+
+TEST(ScrollStepsDeathTest, sequences_are_equal_by_their_steps_and_have_none_beyond_the_last) {
+    EXPECT_NE((ScrollSteps{{.pixelDelta = 1}}), (ScrollSteps{{.pixelDelta = 2}}));
+    EXPECT_DEATH(static_cast<void>(ScrollSteps{{.pixelDelta = 1}}[1]), "beyond the end");
 }
 
 /// What must be true of every plan, whatever came before it.
