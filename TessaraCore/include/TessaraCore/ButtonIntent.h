@@ -13,6 +13,7 @@ namespace tessara {
 
 /// Hand the press or release of the button on as it is.
 struct PassThroughButtonIntent {
+    /// 0 left, 1 right, 2 middle, 3 and up the extra buttons, here and below.
     std::int64_t number = 0;
     bool isDown = false;
     bool operator==(const PassThroughButtonIntent&) const = default;
@@ -20,20 +21,22 @@ struct PassThroughButtonIntent {
 
 /// Press a key with its modifiers, and leave it down until a `KeyUpIntent` of the same key.
 struct KeyDownIntent {
+    /// A virtual key code, here and below.
     std::uint16_t code = 0;
     ModifierFlags modifiers = ModifierFlags::none;
     bool operator==(const KeyDownIntent&) const = default;
 };
 
-/// Release a key.
+/// Release a key. It may come for a key that nothing holds, and does no harm then.
 struct KeyUpIntent {
     std::uint16_t code = 0;
     ModifierFlags modifiers = ModifierFlags::none;
     bool operator==(const KeyUpIntent&) const = default;
 };
 
-/// Wait before the intents that follow. Never negative.
+/// Wait before the intents that follow.
 struct DelayIntent {
+    /// 0 and up.
     double millis = 0;
     bool operator==(const DelayIntent&) const = default;
 };
@@ -65,6 +68,7 @@ struct StopRepeatIntent {
 
 /// Set the resolution of the mouse.
 struct SetDPIIntent {
+    /// In counts per inch, not checked against what the mouse can do.
     std::int64_t dpi = 0;
     bool operator==(const SetDPIIntent&) const = default;
 };
@@ -82,16 +86,19 @@ struct RunShortcutIntent {
 };
 
 /// One thing that the button router asks the rest of the program to do. The router does none of it
-/// itself.
+/// itself. Intents are carried out in their order, and those of one event before those of the next.
+///
+/// An intent is never stored; what a document holds is the `Action` that it comes from.
 using ButtonIntent =
     std::variant<PassThroughButtonIntent, KeyDownIntent, KeyUpIntent, DelayIntent,
                  MouseButtonDownIntent, MouseButtonUpIntent, StartRepeatIntent, StopRepeatIntent,
                  SetDPIIntent, LaunchAppIntent, RunShortcutIntent>;
 
-/// What playing one step of a macro asks for, in order.
+/// What playing one step of a macro asks for, in order: a key or a button goes down and comes up, a
+/// delay below 0 is one of 0, and a step that only presses or releases is just that.
 [[nodiscard]] std::vector<ButtonIntent> intents(const MacroStep& step);
 
-/// The same, added to the end of `sink`.
+/// The same, added to the end of `sink`, whose room it uses.
 void appendIntents(const MacroStep& step, std::vector<ButtonIntent>& sink);
 
 }  // namespace tessara

@@ -11,6 +11,9 @@
 ///
 /// Not for numbers that come from outside, such as a document or a device. Those are tested against
 /// their range by whoever reads them, and refused with words.
+///
+/// Every function can be called at compile time, where a result that does not fit is no constant
+/// expression, and from any thread.
 namespace tessara {
 
 /// Every integer type; a boolean is none.
@@ -43,15 +46,15 @@ template <CheckedInteger T>
     return result;
 }
 
-/// The absolute value; stops the process on the smallest value, which has none.
+/// The absolute value; stops the process on the smallest value, whose opposite the type lacks.
 template <CheckedInteger T>
     requires std::signed_integral<T>
 [[nodiscard]] constexpr T checkedAbs(T value) {
     return value < 0 ? checkedSubtract(T{0}, value) : value;
 }
 
-/// The whole part of `value`, its fraction cut off toward zero. Stops the process when `value` is
-/// not finite or its whole part does not fit.
+/// The whole part of `value`, its fraction cut off toward zero: 1.9 gives 1, and -1.9 gives -1. To
+/// round, round first. Stops the process when `value` is not finite or its whole part does not fit.
 [[nodiscard]] constexpr std::int64_t checkedInt64(double value) {
     constexpr double limit = 0x1p63;  // one above the greatest value; itself exact as a double
     TESSARA_PRECONDITION(value >= -limit && value < limit,
@@ -59,7 +62,8 @@ template <CheckedInteger T>
     return static_cast<std::int64_t>(value);
 }
 
-/// The same value in another integer type; stops the process when that type cannot hold it.
+/// The same value in another integer type, wider or narrower, signed or not; stops the process when
+/// that type cannot hold it.
 template <CheckedInteger To, CheckedInteger From>
 [[nodiscard]] constexpr To checkedCast(From value) {
     To result{};

@@ -10,7 +10,9 @@ namespace tessara {
 
 /// The document was written by a later version of the program.
 struct UnsupportedSchemaVersion {
+    /// What the document says, or the greatest integer for a number beyond it.
     std::int64_t found = 0;
+    /// The newest version that this program reads.
     std::int64_t supported = 0;
 
     bool operator==(const UnsupportedSchemaVersion&) const = default;
@@ -18,16 +20,18 @@ struct UnsupportedSchemaVersion {
 
 /// The document lacks what tells its version, or is of a version that nothing can be made of.
 struct MalformedConfig {
+    /// In words for people, without the place, which is the outermost object.
     std::string reason;
 
     bool operator==(const MalformedConfig&) const = default;
 };
 
-/// Why a document could not be read. The last two are the errors of JSON, as they stand.
+/// Why the bytes of a document could not be made a `Config`. The last two are the errors of JSON,
+/// as they stand. That a file could not be read is another matter and not told of here.
 using ConfigError =
     std::variant<UnsupportedSchemaVersion, MalformedConfig, JSONSyntaxError, DecodingError>;
 
-/// The error in words for people.
+/// The error in one sentence for people, with the place where there is one; never empty.
 [[nodiscard]] std::string description(const ConfigError& error);
 
 }  // namespace tessara

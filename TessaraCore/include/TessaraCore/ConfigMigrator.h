@@ -15,7 +15,11 @@
 /// the decoding that follows refuses all three.
 namespace tessara::ConfigMigrator {
 
-/// The document in the current format. One that is in it already is returned byte for byte.
+/// The document in the current format. One that is in it already is returned byte for byte, not
+/// written anew. An earlier one goes through the steps from each version to the next. The errors:
+/// `JSONSyntaxError`, `UnsupportedSchemaVersion` for a later version, and `MalformedConfig` for a
+/// root that is no object, for a version that is missing or no number, and for a version that no
+/// step leads on from. `Config::decoded` does this by itself.
 [[nodiscard]] std::expected<std::string, ConfigError> migrate(std::string_view rawJSON);
 
 }  // namespace tessara::ConfigMigrator

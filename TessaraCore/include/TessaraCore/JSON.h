@@ -14,12 +14,18 @@
 /// holds exactly one of its known keys; a known key that appears twice is an error. Unknown keys
 /// are passed over. The first error found is returned, with the way to it.
 ///
-/// `T` is any of the stored types of this library, from `ModifierFlags` to `Config`, or a type of
-/// yours: see JSONCoding.h.
+/// The text is JSON as RFC 8259 has it, without comments and with nothing behind the value. `T` is
+/// any of the stored types of this library, from `ModifierFlags` to `Config`, or a type of yours:
+/// see JSONCoding.h. Any thread may call both functions.
+///
+///     const auto easing = decodeJSON<Easing>(text);
+///     if (!easing) return description(easing.error());
 namespace tessara {
 
-/// The value that `text`, UTF-8, stands for. A hostile one costs no more than time in proportion
-/// to its length: nesting beyond 512 levels is a syntax error.
+/// The value that `text`, UTF-8, stands for. A hostile one costs no more than time and memory in
+/// proportion to its length: nesting beyond 512 levels is a syntax error. A text that is not JSON
+/// gives a `JSONSyntaxError` with the line and the column, one of another shape a `DecodingError`
+/// with the way to the value.
 template <typename T>
 [[nodiscard]] std::expected<T, JSONError> decodeJSON(std::string_view text);
 

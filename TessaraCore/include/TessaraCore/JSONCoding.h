@@ -17,8 +17,12 @@
 ///
 ///     TESSARA_DEFINE_STORED_FORM(Rule)
 ///
-/// All other files include JSON.h, and compile none of this.
+/// All other files include JSON.h, and compile none of this. A type that is not named there does
+/// not link where it is decoded or encoded.
 namespace tessara {
+
+// Both are described in JSON.h. Failures travel as exceptions between these two functions and the
+// value at fault, and nowhere else.
 
 template <typename T>
 std::expected<T, JSONError> decodeJSON(std::string_view text) {

@@ -24,11 +24,12 @@
 
 /// From a parsed text to a value, along its stored form. Not to be called by itself: see JSON.h.
 ///
-/// Every function throws `Failure` where the text is not what the form asks for. `path` is where in
-/// the text the value stands.
+/// Every function throws `Failure` where the text is not what the form asks for; `decodeDocument`
+/// makes a value of it. `path` is where in the text the value stands. What has been read into a
+/// result by then is lost with it, so that there is no half-decoded value to be seen.
 namespace tessara::json {
 
-/// "expected `expected`, found ..."
+/// "expected an object, found the number 3.5": `expected` says the first with its article.
 [[noreturn]] void failExpecting(const Path& path, std::string_view expected, JSONValue found);
 /// A required key that is not there, and a known one that is there twice. `path` leads to the key's
 /// value.
@@ -40,7 +41,7 @@ namespace tessara::json {
 /// An object for a tagged union with none or several of its known keys.
 [[noreturn]] void failNumberOfKeys(const Path& path);
 
-// The plain values, compiled once. Each fails on every other kind of value.
+// The plain values, compiled once. Each fails on every other kind of value, null included.
 
 bool decodeBoolean(JSONValue value, const Path& path);
 double decodeNumber(JSONValue value, const Path& path);
@@ -55,7 +56,9 @@ std::uint64_t decodeUnsigned(JSONValue value, const Path& path, std::uint64_t gr
 template <typename T>
 void decode(JSONValue value, const Path& path, T& result);
 
-/// A structure: each of its fields once, in any order, and unknown members passed over.
+/// A structure: each of its fields once, in any order, and unknown members passed over, however
+/// often they are there. Fields are looked for one by one, which for the few of a structure is the
+/// fastest.
 template <typename T>
 void decodeFields(JSONValue value, const Path& path, T& result) {
     if (!value.isObject()) failExpecting(path, "an object", value);
@@ -82,8 +85,8 @@ void decodeFields(JSONValue value, const Path& path, T& result) {
     }(std::make_index_sequence<count>{});
 }
 
-/// A tagged union: the one known member says which case it is, and its value is the payload.
-/// Unknown members do not count.
+/// A tagged union: the one known member says which case it is, and its value is the payload,
+/// decoded as the structure that the case is. Unknown members do not count.
 template <typename T>
 void decodeCases(JSONValue value, const Path& path, T& result) {
     if (!value.isObject()) failExpecting(path, "an object", value);
@@ -149,7 +152,8 @@ void decode(JSONValue value, const Path& path, T& result) {
     }
 }
 
-/// Decodes a document that is parsed already. This is where failures become values.
+/// Decodes a document that is parsed already, for who has to look at it in other ways too. This is
+/// where failures become values. What the result holds no longer needs the document.
 template <typename T>
 std::expected<T, DecodingError> decodeDocument(const JSONDocument& document) {
     try {

@@ -19,14 +19,23 @@ class JSONValue;
 ///
 /// It keeps what a strict decoder must see and a map of keys would hide: the order of members, and
 /// keys that appear twice. All of it lies in two blocks of memory, so that reading a large document
-/// costs little beyond the parsing. It is for decoding only; to write, see JSONWriter.
+/// costs little beyond the parsing. It is for decoding only; to write, see JSONWriter. A document
+/// does not change once it is parsed, so that any thread may read it.
+///
+///     const auto document = JSONDocument::parse(text);
+///     if (!document) return document.error();
+///     for (const JSONValue member : document->root().children())
+///         use(member.key(), member.number());
+///
+/// Most callers want `decodeJSON` (JSON.h), which checks the shape as well.
 class JSONDocument {
   public:
-    /// Deeper nesting is refused.
+    /// How many arrays and objects may lie inside one another. Deeper nesting is refused.
     static constexpr std::size_t maximumDepth = 512;
 
-    /// Parses UTF-8 text, all of it. Invalid UTF-8 and numbers beyond the range of a double are
-    /// errors like any other.
+    /// Parses UTF-8 text, all of it; a byte order mark in front is passed over. Invalid UTF-8,
+    /// numbers beyond the range of a double and a NUL byte are errors like any other. `text` need
+    /// not live on. Time and memory are in proportion to its length.
     [[nodiscard]] static std::expected<JSONDocument, JSONSyntaxError> parse(std::string_view text);
 
     /// The outermost value. Valid as long as the document is neither moved nor destroyed.
@@ -64,19 +73,23 @@ class JSONDocument {
 /// One value inside a `JSONDocument`; a reference, cheap to copy.
 class JSONValue {
   public:
-    /// The elements of an array or the members of an object, in the order of the text.
+    /// The elements of an array or the members of an object, in the order of the text, and a member
+    /// as often as it is there.
     class Children;
 
     // Each reading is empty when the value is something else. A boolean is no number, a number no
-    // boolean.
+    // boolean, and null is none of them.
 
+    /// What `true` and `false` stand for.
     [[nodiscard]] std::optional<bool> boolean() const;
-    /// Valid as long as the document.
+    /// A string with its escapes resolved; it may hold any character, NUL too. Valid as long as the
+    /// document.
     [[nodiscard]] std::optional<std::string_view> string() const;
     /// Any number, as the nearest double.
     [[nodiscard]] std::optional<double> number() const;
     /// A number without a fraction, written with a point or without, that fits.
     [[nodiscard]] std::optional<std::int64_t> signedInteger() const;
+    /// The same, from 0 to the greatest number of 64 bits.
     [[nodiscard]] std::optional<std::uint64_t> unsignedInteger() const;
 
     [[nodiscard]] bool isNull() const { return is<std::monostate>(); }
@@ -88,7 +101,8 @@ class JSONValue {
 
     /// Empty for what is neither an array nor an object.
     [[nodiscard]] Children children() const;
-    /// The first member with this key.
+    /// The first member with this key; empty for what is no object or has none. It looks through
+    /// the members one by one.
     [[nodiscard]] std::optional<JSONValue> member(std::string_view key) const;
 
     /// What it is, in words for people: "a string", "the number 3.5".
@@ -110,8 +124,10 @@ class JSONValue {
     std::size_t index_;
 };
 
+/// A range to go through once or often, valid as long as the document.
 class JSONValue::Children {
   public:
+    /// Steps from a value to the next one beside it, over all that lies inside.
     class Iterator {
       public:
         Iterator(const JSONDocument* document, std::size_t index) : value_(document, index) {}

@@ -20,11 +20,12 @@
 
 /// From a value to its text, along its stored form. Not to be called by itself: see JSON.h.
 ///
-/// Every function throws `Failure` where a value has no form in JSON. `path` is where in the text
-/// the value will stand.
+/// Every function throws `Failure` where a value has no form in JSON; `encodeJSON` makes a value of
+/// it. `path` is where in the text the value will stand. What `writer` holds by then is of no use.
 namespace tessara::json {
 
-/// The positions of `keys` in the order of the alphabet.
+/// The positions of `keys` in the order of the alphabet, which is that of their bytes: capital
+/// letters come first.
 template <std::size_t N>
 constexpr std::array<std::size_t, N> sortedOrder(const std::array<std::string_view, N>& keys) {
     std::array<std::size_t, N> order{};

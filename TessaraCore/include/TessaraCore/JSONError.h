@@ -11,7 +11,7 @@ struct JSONSyntaxError {
     /// Where reading stopped: the line, and the byte in the line, both counted from 1.
     std::size_t line = 1;
     std::size_t column = 1;
-    /// What is wrong there, in a sentence of limited length.
+    /// What is wrong there, in a sentence of limited length and valid UTF-8, whatever the bytes.
     std::string reason;
 
     bool operator==(const JSONSyntaxError&) const = default;
@@ -19,18 +19,18 @@ struct JSONSyntaxError {
 
 /// The bytes are JSON, but not of the shape that is asked for.
 struct DecodingError {
-    /// The way to the value at fault, such as "profiles[0].scroll.easing"; empty for the whole of
-    /// it.
+    /// The way to the value at fault, such as "profiles[0].scroll.easing", elements counted from 0;
+    /// empty for the whole of it.
     std::string path;
-    /// What is wrong there.
+    /// What is wrong there, in words that quote no more than a piece of the text.
     std::string reason;
 
     bool operator==(const DecodingError&) const = default;
 };
 
-/// A value has no JSON form.
+/// A value has no JSON form: a number that is not finite, or a text that is not UTF-8.
 struct EncodingError {
-    /// The way to the value at fault.
+    /// The way to the value at fault, as in `DecodingError`.
     std::string path;
     /// What is wrong there.
     std::string reason;
@@ -38,10 +38,12 @@ struct EncodingError {
     bool operator==(const EncodingError&) const = default;
 };
 
-/// Why JSON could not be read.
+/// Why JSON could not be read: it is none, or none of the shape that is asked for.
 using JSONError = std::variant<JSONSyntaxError, DecodingError>;
 
-/// The error in one sentence that says what is wrong and where.
+/// The error in one sentence that says what is wrong and where: "not valid JSON at line 2, column
+/// 4:
+/// ..." for the syntax, "profiles[0].id: the key is missing" for the rest. It names no file.
 [[nodiscard]] std::string description(const JSONSyntaxError& error);
 [[nodiscard]] std::string description(const DecodingError& error);
 [[nodiscard]] std::string description(const EncodingError& error);

@@ -12,29 +12,43 @@ namespace tessara {
 ///
 /// It puts commas, colons and line breaks where they belong and leaves the order of calls to its
 /// caller, who opens and closes objects and arrays in pairs and gives each member of an object its
-/// key first.
+/// key first. It checks neither that, nor that keys differ. Used on one thread.
+///
+///     JSONWriter writer;
+///     writer.beginObject();
+///     writer.key("priority");
+///     writer.signedInteger(10);
+///     writer.endObject();
+///     const std::string text = std::move(writer).take();
+///
+/// Most callers want `encodeJSON` (JSON.h), which does all of it.
 class JSONWriter {
   public:
     // Each of these is one value: the outermost, an element of the array that is open, or the value
     // of the key just written.
 
     void beginObject() { open('{'); }
+    /// Closes the object begun last. One without members is written as "{}".
     void endObject() { close('}'); }
     void beginArray() { open('['); }
+    /// Closes the array begun last. One without elements is written as "[]".
     void endArray() { close(']'); }
     /// The key of the member that comes next, in an object. It must be UTF-8.
     void key(std::string_view key);
 
+    /// "true" or "false".
     void boolean(bool value);
+    /// In decimals, every digit of it, as for the unsigned ones.
     void signedInteger(std::int64_t value);
     void unsignedInteger(std::uint64_t value);
-    /// The shortest text that reads back as the same double. False, and nothing written, when
-    /// `value` is not finite.
+    /// The shortest text that reads back as the same double, the sign of a 0 included: 250, 0.1,
+    /// 1e+300. False, and nothing written, when `value` is not finite.
     [[nodiscard]] bool number(double value);
-    /// False, and nothing written, when `text` is not UTF-8.
+    /// A string, with escapes for what JSON wants escaped and for nothing else. False, and nothing
+    /// written, when `text` is not UTF-8.
     [[nodiscard]] bool string(std::string_view text);
 
-    /// All that was written.
+    /// All that was written, without a line break at the end. The writer is spent.
     [[nodiscard]] std::string take() && { return std::move(text_); }
 
   private:

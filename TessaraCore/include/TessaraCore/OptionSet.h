@@ -13,9 +13,19 @@ namespace tessara {
 /// Bits without a name are kept as they are, so that a number from a document survives being read
 /// and written again. Use a set where several members may hold at once; for one of several use an
 /// enumeration.
+///
+///     class Toppings : public OptionSet<Toppings, std::uint8_t> {
+///       public:
+///         using OptionSet::OptionSet;
+///         static const Toppings cheese;
+///     };
+///
+/// Equality and hash are those of the number. Nothing here allocates or fails,
+/// and all of it can be had at compile time. A set is a plain value: any thread may use its own.
 template <typename Self, std::unsigned_integral Raw>
 class OptionSet {
   public:
+    /// The type of the bits, and of the stored form.
     using RawValue = Raw;
 
     /// The empty set.
@@ -31,6 +41,7 @@ class OptionSet {
     /// The bits of the set, its stored form.
     [[nodiscard]] constexpr Raw rawValue() const { return rawValue_; }
 
+    /// Whether no bit is set; a set of nothing but nameless bits is not empty.
     [[nodiscard]] constexpr bool isEmpty() const { return rawValue_ == 0; }
     /// How many bits are set, nameless ones too.
     [[nodiscard]] constexpr int count() const { return std::popcount(rawValue_); }
@@ -45,20 +56,24 @@ class OptionSet {
         return (rawValue_ & other.rawValue()) == 0;
     }
 
-    /// Adds and takes away all members of another set, present or not.
+    /// Adds all of `members`; those present already stay.
     constexpr void insert(Self members) { rawValue_ = (self() | members).rawValue(); }
+    /// Takes all of `members` away; those that are absent do not matter.
     constexpr void remove(Self members) { rawValue_ = (self() - members).rawValue(); }
 
-    /// Union, intersection, symmetric difference and subtraction.
+    /// The union: what is in either.
     [[nodiscard]] friend constexpr Self operator|(Self a, Self b) {
         return Self(raw(a.rawValue() | b.rawValue()));
     }
+    /// The intersection: what is in both.
     [[nodiscard]] friend constexpr Self operator&(Self a, Self b) {
         return Self(raw(a.rawValue() & b.rawValue()));
     }
+    /// The symmetric difference: what is in one of them and not in the other.
     [[nodiscard]] friend constexpr Self operator^(Self a, Self b) {
         return Self(raw(a.rawValue() ^ b.rawValue()));
     }
+    /// The subtraction: what is in `a` and not in `b`.
     [[nodiscard]] friend constexpr Self operator-(Self a, Self b) {
         return Self(raw(a.rawValue() & ~b.rawValue()));
     }
@@ -76,11 +91,14 @@ class OptionSet {
     Raw rawValue_ = 0;
 };
 
+/// The classes that derive from `OptionSet` as it asks to be derived from; what is written once for
+/// all of them, such as the hash and the stored form, is written for this.
 template <typename T>
 concept IsOptionSet = std::derived_from<T, OptionSet<T, typename T::RawValue>>;
 
 }  // namespace tessara
 
+/// The hash of the number, so that every set of flags can be a key.
 template <tessara::IsOptionSet T>
 struct std::hash<T> {
     std::size_t operator()(const T& value) const noexcept {

@@ -16,7 +16,10 @@ namespace tessara {
 /// going on with a broken promise could leave a key held or a button stuck.
 ///
 /// This is for faults of the program alone. Whatever a user, a file, a device or the system can
-/// bring about is an expected failure and is reported as a value.
+/// bring about is an expected failure and is reported as a value. `words` is a string literal that
+/// says what was broken; it goes to the standard error stream, and needs no heap on the way.
+///
+///     TESSARA_PRECONDITION(index < size_, "a scroll step beyond the end of its plan");
 #define TESSARA_PRECONDITION(condition, words)    \
     do {                                          \
         if (!(condition)) [[unlikely]]            \

@@ -23,8 +23,22 @@
 ///     inline constexpr auto storedCases<Action> =
 ///         std::to_array<std::string_view>({"passThrough", "hold"});
 ///
-/// Booleans, integers, doubles, strings, vectors, enumerations with raw values, option sets and
-/// optional fields have a form already.
+/// A type that holds another needs no more than that the other's form is seen before its own is
+/// used.
+///
+/// Forms that are there already, and what each is in JSON:
+///
+/// | type | form |
+/// |---|---|
+/// | bool | true or false |
+/// | integers, option sets, `DeviceID` | a number without a fraction that fits the type |
+/// | double | a number |
+/// | std::string | a string |
+/// | enumerations with raw values | a string, one of those |
+/// | std::vector | an array |
+/// | std::optional, as a field | the form of what it holds; the key is left out when it is empty |
+///
+/// How values travel along their forms is told in JSONDecoder.h and JSONEncoder.h.
 namespace tessara {
 
 /// One field of a structure and the key it is stored under.
@@ -32,6 +46,7 @@ template <typename Structure, typename Member>
 struct StoredField {
     /// Not empty, and different from the keys of the other fields.
     std::string_view key;
+    /// Where the value lies in the structure.
     Member Structure::* member;
 };
 
@@ -45,10 +60,13 @@ inline constexpr std::array<std::string_view, 0> storedCases{};
 
 namespace json {
 
+/// Which of the two kinds of form a type has been given; never both.
 template <typename T>
 concept HasFields = !std::same_as<std::remove_cvref_t<decltype(storedFields<T>)>, std::nullptr_t>;
 template <typename T>
 concept HasCases = !storedCases<T>.empty();
+
+// The templates of the standard library that have a form, whatever they hold.
 
 template <typename T>
 inline constexpr bool isOptional = false;
@@ -63,9 +81,11 @@ inline constexpr bool isVector<std::vector<T>> = true;
 /// The way from the outermost value to the one at hand. The links lie on the stack and become text
 /// only when there is an error to report.
 struct Path {
-    const Path* parent = nullptr;
-    std::string_view key = {};
-    std::size_t index = 0;  // of an element, when there is no key
+    const Path* parent = nullptr;  // null for the outermost value
+    std::string_view key = {};     // of a member of an object
+    std::size_t index = 0;         // of an element, when there is no key
+
+    // One link further. It must not outlive this path and the text of `name`.
 
     [[nodiscard]] Path member(std::string_view name) const { return {this, name, 0}; }
     [[nodiscard]] Path element(std::size_t position) const { return {this, {}, position}; }
@@ -79,6 +99,7 @@ struct Failure {
     std::string reason;
 };
 
+/// Throws the `Failure` of the value at `path`.
 [[noreturn]] void fail(const Path& path, std::string reason);
 
 }  // namespace json
