@@ -49,8 +49,8 @@ std::expected<Config, std::string> chosenConfig(const ReplayOptions& options) {
 std::string replay(const Recording& recording, const Config& config, const ReplayOptions& options,
                    ReplayPlot& plot) {
     const Profile profile = config.activeProfile(options.frontmostBundleID);
-    ReplaySummary summary(recording.name, recording.events.size(), profile.scroll.pixelsPerDetent,
-                          profile.pointer.dpi);
+    ReplaySummary summary(recording.name, recording.events.size(),
+                          profile.scroll.sanitized().pixelsPerDetent, profile.pointer.dpi);
     plot.begin(std::filesystem::path(recording.name).filename());
     std::string lines;
     play(assembleInputs(recording),

@@ -54,14 +54,6 @@ TEST(ReplayPlayer, prints_an_input_ahead_of_what_it_causes_and_that_ahead_of_the
 )");
 }
 
-TEST(ReplayPlayer, lets_go_of_a_held_key_when_all_is_quiet) {
-    EXPECT_EQ(played({press(1000)}, bound(HoldAction{.code = 8})),
-              pressed1000 +
-                  R"({"t":1000.0,"post":"key","code":8,"down":true,"modifiers":0}
-{"t":2000.0,"post":"key","code":8,"down":false,"modifiers":0}
-)");
-}
-
 TEST(ReplayPlayer, hands_applications_and_shortcuts_to_the_outside) {
     EXPECT_EQ(
         played({press(1000)}, bound(LaunchAppAction{.bundleID = "org.example.editor"})),

@@ -11,13 +11,14 @@
 
 namespace tessara {
 
-/// One event of an input device as the kernel reported it: one line of a recording.
+/// One event of an input device as the kernel reported it: one line of a recording. Nothing is made
+/// of it here; `assembleInputs` does.
 struct RecordedEvent {
     /// On the clock of whoever recorded it; only distances mean something.
     std::chrono::microseconds time{0};
-    std::uint16_t type = 0;
-    std::uint16_t code = 0;
-    std::int32_t value = 0;
+    std::uint16_t type = 0;  ///< EV_REL and the like (input-event-codes.h)
+    std::uint16_t code = 0;  ///< of that type: REL_X and the like
+    std::int32_t value = 0;  ///< a distance, or 1 for down and 0 for up
 
     bool operator==(const RecordedEvent&) const = default;
 };
@@ -31,16 +32,19 @@ struct Recording {
 
 /// Why a recording cannot be used.
 struct RecordingError {
+    /// The name of the recording, as given.
     std::string file;
     /// Counted from 1; absent when the fault is the file's as a whole.
     std::optional<std::size_t> line;
+    /// What is wrong, in words for people; what it quotes of the file is cut short and printable.
     std::string reason;
 
     /// "FILE:LINE: reason", or "FILE: reason".
     [[nodiscard]] std::string description() const;
 };
 
-/// Reads the text of a recording, for which `name` stands in the result and in errors.
+/// Reads the text of a recording, for which `name` stands in the result and in errors. The form is
+/// that of evemu, in its older and its newer variety.
 ///
 /// A line that begins with "E:" is an event: seconds with exactly six decimals, type and code of
 /// four hexadecimal digits each, a decimal value of 32 bits with its sign, and after a `#` a

@@ -19,6 +19,7 @@ struct HandledWheel {
     WheelTurn turn;
     bool passes = true;
 };
+/// The same for a button.
 struct HandledButton {
     ButtonChange change;
     bool passes = true;
@@ -30,30 +31,39 @@ struct HandledMotion {
     MouseMotion out;
 };
 
-/// What the program asked to be posted to the applications.
+// What the program asked to be posted to the applications, as it asked for it: how the desktop
+// makes events of it shows in what is received.
+
+/// A step of a glide.
 struct PostedScroll {
     ScrollAxis axis = ScrollAxis::vertical;
-    std::int64_t pixels = 0;
+    std::int64_t pixels = 0;  ///< 0 in a step that closes a gesture
     ScrollPhase phase = ScrollPhase::changed;
     ModifierFlags modifiers = ModifierFlags::none;
 };
+/// A key gone down or up.
 struct PostedKey {
-    std::uint16_t code = 0;
+    std::uint16_t code = 0;  ///< a virtual key code
     bool isDown = false;
     ModifierFlags modifiers = ModifierFlags::none;
 };
+/// A button gone down or up that the hand did not press.
 struct PostedButton {
-    std::int64_t number = 0;
+    std::int64_t number = 0;  ///< as in `ButtonChange`
     bool isDown = false;
 };
 
-/// What the program asked of the mouse and of the desktop.
+// What the program asked of the mouse and of the desktop. None of it is done in a replay.
+
+/// A resolution for the mouse.
 struct RequestedDPI {
-    std::int64_t dpi = 0;
+    std::int64_t dpi = 0;  ///< in counts per inch
 };
+/// An application to start or bring to the front.
 struct LaunchedApp {
     std::string bundleID;
 };
+/// A shortcut of the system to run.
 struct RanShortcut {
     std::string name;
 };
@@ -74,7 +84,8 @@ struct ReplayRecord {
         what;
 };
 
-/// Takes the records of a replay one by one, in the order in which they happen.
+/// Takes the records of a replay one by one, in the order in which they happen: their times never
+/// go back, and an input comes ahead of what it causes at the same time.
 using ReplayListener = std::function<void(const ReplayRecord&)>;
 
 }  // namespace tessara

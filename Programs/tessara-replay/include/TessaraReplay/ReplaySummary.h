@@ -12,12 +12,14 @@
 
 namespace tessara {
 
-/// What the applications, and the hand, hold down at one moment of a replay.
+/// What the applications, and the hand, hold down at one moment of a replay. It tells whether a
+/// replay leaves anything behind; it counts nothing.
 class ReplayHoldings {
   public:
-    /// A mouse at `baseDPI` has no shift of resolution.
+    /// A mouse at `baseDPI`, in counts per inch, has no shift of resolution.
     explicit ReplayHoldings(std::int64_t baseDPI) : baseDPI_(baseDPI) {}
 
+    /// Takes the next record. From a `FinalReset` on what the hand holds no longer counts.
     void add(const ReplayRecord& record);
 
     /// "button 3, key 8, vertical glide, 400 DPI", or "nothing".
@@ -36,16 +38,18 @@ class ReplayHoldings {
 class ReplaySummary {
   public:
     /// `events` are the recording's, inputs or not. `pixelsPerLine` is what a line of the wheel
-    /// comes to without acceleration.
+    /// comes to without acceleration, `baseDPI` the resolution without a shift.
     ReplaySummary(std::string recording, std::size_t events, double pixelsPerLine,
                   std::int64_t baseDPI);
 
+    /// Takes the next record, in the order in which they happened.
     void add(const ReplayRecord& record);
 
     /// The table: a line with the recording's name, then one figure or group of figures a line.
     [[nodiscard]] std::string text() const;
 
   private:
+    /// One gesture, chained plans and all, from its first step to the latest.
     struct Glide {
         TimePoint start;
         std::chrono::nanoseconds duration{0};
@@ -68,7 +72,7 @@ class ReplaySummary {
 
     std::int64_t clicks_ = 0;
     std::int64_t clicksPassed_ = 0;
-    std::int64_t lines_ = 0;
+    std::int64_t lines_ = 0;  // of the clicks that were not passed, whatever their direction
 
     std::int64_t glides_ = 0;
     std::int64_t steps_ = 0;
