@@ -86,9 +86,14 @@ void KeyboardEventPoster::synchronizeModifiers(const Stroke& stroke) {
     const ModifierSet desired = desiredModifiers();
     for (std::size_t row = modifiers.size(); row-- > 0;) {
         if (!heldModifiers_[row] || desired[row]) continue;
+        const bool isSynthesized = synthesizedModifiers_[row];
         heldModifiers_.reset(row);
         synthesizedModifiers_.reset(row);
-        if (!stroke.physical[row]) postModifier(row, false, stroke);
+        if (!stroke.physical[row]) {
+            postModifier(row, false, stroke);
+        } else if (isSynthesized) {
+            services_.leaveToUser(modifiers[row].code);
+        }
     }
     for (std::size_t row = 0; row < modifiers.size(); ++row) {
         if (!desired[row] || heldModifiers_[row]) continue;

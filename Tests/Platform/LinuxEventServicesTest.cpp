@@ -57,6 +57,14 @@ TEST_F(LinuxEventServicesTest, a_modifier_that_the_user_holds_is_neither_pressed
     EXPECT_THAT(output.take(), ElementsAre(keyFrame(KEY_LEFTCTRL, 1), keyFrame(KEY_C, 1),
                                            keyFrame(KEY_C, 0), keyFrame(KEY_LEFTCTRL, 0)));
 
+    // One that the user takes over goes up on the virtual keyboard, or it would stay down there.
+    fingers.set(KEY_LEFTMETA, false);
+    poster.postKey(keyC, true, ModifierFlags::command);
+    fingers.set(KEY_LEFTMETA, true);
+    poster.postKey(keyC, false, {});
+    EXPECT_THAT(output.take(), ElementsAre(keyFrame(KEY_LEFTMETA, 1), keyFrame(KEY_C, 1),
+                                           keyFrame(KEY_C, 0), keyFrame(KEY_LEFTMETA, 0)));
+
     // A held modifier of the other side does not keep one of ours from going up.
     poster.postKey(keyC, true, ModifierFlags::shift);
     poster.postKey(keyC, false, {});

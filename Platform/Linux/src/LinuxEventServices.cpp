@@ -61,6 +61,11 @@ void LinuxEventServices::post(const CGEvent& event, CGEventTapLocation) {
     }
 }
 
+void LinuxEventServices::leaveToUser(std::uint16_t code) {
+    // A desktop goes on holding a key for as long as any of its keyboards does.
+    keyboard_.setKey(code, false);
+}
+
 bool LinuxEventServices::keyState(EventSourceState state, std::uint16_t code) {
     const auto kernelCode = LinuxKeyTable::kernelCode(code);
     if (!kernelCode || state == EventSourceState::privateState) return false;

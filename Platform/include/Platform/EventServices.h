@@ -68,6 +68,11 @@ class EventServices {
     /// Sends the event into the stream at `location`; taps further down see it.
     virtual void post(const CGEvent& event, CGEventTapLocation location) = 0;
 
+    /// Gives up a key that the program has pressed and the user holds by now: it stays down until
+    /// the user lets go. Where a key is down or up, whoever pressed it, there is nothing to do;
+    /// where the program has a keyboard of its own, the key goes up on that one.
+    virtual void leaveToUser(std::uint16_t /*code*/) {}
+
     /// Whether the key is down by that state's account.
     [[nodiscard]] virtual bool keyState(EventSourceState state, std::uint16_t code) = 0;
 

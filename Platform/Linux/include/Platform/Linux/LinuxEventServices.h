@@ -33,6 +33,7 @@ class LinuxEventServices final : public PlainEventServices {
                        const KeyboardState& hardware);
 
     void post(const CGEvent& event, CGEventTapLocation location) override;
+    void leaveToUser(std::uint16_t code) override;
     [[nodiscard]] bool keyState(EventSourceState state, std::uint16_t code) override;
     [[nodiscard]] std::uint64_t flagsState(EventSourceState state) override;
 
