@@ -17,6 +17,7 @@
 #include "Platform/EventTaps.h"
 #include "TessaraApp/AppModel.h"
 #include "TessaraApp/AppPlatform.h"
+#include "TessaraApp/ConfigStore.h"
 #include "TessaraHeadless/SituationReport.h"
 
 namespace {
@@ -50,7 +51,8 @@ int main(int argc, char** argv) {
         QCoreApplication::quit();
     });
     say(fmt::format("started, with the settings in {}", platform.supportDirectory));
-    if (const auto problem = (*host)->preferencesProblem()) say(*problem);
+    const auto preferencesProblem = (*host)->preferencesProblem();
+    if (preferencesProblem) say(*preferencesProblem);
     const tessara::SituationReport report(
         model, platform.engine.mainQueue,
         [&] {
@@ -60,6 +62,12 @@ int main(int argc, char** argv) {
         say);
     model.start();
     const int result = QCoreApplication::exec();
+    if (const auto& why = model.store().lastSaveError()) {
+        say(fmt::format("the settings could not be saved: {}", *why));
+    }
+    if (const auto problem = (*host)->preferencesProblem();
+        problem && problem != preferencesProblem)
+        say(*problem);
     say("ended");
     return result;
 }

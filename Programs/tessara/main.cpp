@@ -5,18 +5,25 @@
 
 #include <QApplication>
 #include <cstdlib>
+#include <string>
 
 #include <fmt/format.h>
 
 #include "DesktopProgram/DesktopProgram.h"
 #include "LinuxWiring/LinuxHost.h"
 #include "LinuxWiring/StopSignals.h"
+#include "TessaraApp/AppModel.h"
+#include "TessaraApp/ConfigStore.h"
 #include "TessaraApp/Tray/SingleInstance.h"
 
 namespace {
 
 constexpr int misused = 2;
 constexpr const char* applicationID = "ai.tessara.Tessara";
+
+void say(const std::string& sentence) {
+    fmt::print(stderr, "tessara: {}\n", sentence);
+}
 
 }  // namespace
 
@@ -38,13 +45,18 @@ int main(int argc, char** argv) {
 
     const auto host = LinuxHost::make();
     if (!host) {
-        fmt::print(stderr, "tessara: {}\n", host.error());
+        say(host.error());
         return EXIT_FAILURE;
     }
+    if (const auto problem = (*host)->preferencesProblem()) say(*problem);
     DesktopProgram program((*host)->appPlatform(), &(*host)->permissionHelp());
     (*host)->reapplySettingsOnWaking(program.model());
     const StopSignals stopSignals([] { QApplication::quit(); });
     QObject::connect(&instance, &SingleInstance::raiseRequested, &program, &DesktopProgram::raise);
     program.start(isAtLogin ? DesktopProgram::Launch::atLogin : DesktopProgram::Launch::byUser);
-    return QApplication::exec();
+    const int result = QApplication::exec();
+    if (const auto& why = program.model().store().lastSaveError()) {
+        say(fmt::format("the settings could not be saved: {}", *why));
+    }
+    return result;
 }
