@@ -139,10 +139,13 @@ TEST_F(AppModelTest, a_launch_brings_engine_mouse_login_item_and_updater_up) {
     EXPECT_FALSE(saved()) << "a first start writes nothing";
 }
 
-TEST_F(AppModelTest, a_program_at_rest_tells_nobody_of_anything) {
+TEST_F(AppModelTest, a_program_at_rest_tells_nobody_of_anything_and_goes_on_looking) {
     launch();
     dispatcher.advance(seconds(60));
     EXPECT_THAT(changes, IsEmpty());
+    host.loginItem.isRegistered = true;
+    dispatcher.advance(seconds(2));
+    EXPECT_TRUE(model->launchAtLogin().isEnabled()) << "by the desktop's own settings";
 }
 
 TEST_F(AppModelTest, edits_reach_the_engine_250_ms_and_the_disk_1_s_after_the_last_of_them) {
@@ -204,6 +207,10 @@ TEST_F(AppModelTest, a_pause_leaves_the_mouse_alone_until_resumed_and_survives_a
     model->setPausedByUser(true);
     dispatcher.runReady();
     EXPECT_FALSE(clickIsGlide());
+    for (const Profile& profile : engineConfig().profiles) {
+        EXPECT_EQ(profile.scroll, ScrollSettings::passThrough);
+        EXPECT_TRUE(!profile.pointer.isEnabled && profile.buttons.empty());
+    }
     EXPECT_EQ(model->menuBarHeadline().toStdString(), "Paused");
     EXPECT_TRUE(model->needsBanner());
     EXPECT_EQ(changes["menu bar"], 1);
@@ -232,6 +239,9 @@ TEST_F(AppModelTest, quitting_twice_saves_what_was_not_yet_saved_and_is_harmless
     const SimulatedHIDDevice& mouse = host.mouse->hid();
     const HIDValue corrected = mouse.copyProperty(PointerPropertyKey::resolution);
     model->setConfig(named("last words"));
+    QObject::connect(&*model, &AppModel::engineChanged, [this] {
+        EXPECT_EQ(saved(), bytesOf(named("last words"))) << "before the tap goes";
+    });
     model->stop();
     EXPECT_NE(mouse.copyProperty(PointerPropertyKey::resolution), corrected) << "put back";
     EXPECT_EQ(saved(), bytesOf(named("last words")));
@@ -239,7 +249,9 @@ TEST_F(AppModelTest, quitting_twice_saves_what_was_not_yet_saved_and_is_harmless
     model->stop();
     EXPECT_EQ(saved(), bytesOf(named("last words")));
     EXPECT_EQ(changes["engine"], 1);
+    const std::size_t steps = host.files.stepCount();
     dispatcher.advance(seconds(5));
+    EXPECT_EQ(host.files.stepCount(), steps);
     EXPECT_EQ(host.hidTransport.openInterfaceCount(), 0);
     EXPECT_EQ(dispatcher.nextDeadline(), std::nullopt) << "neither a poll nor a debounce is left";
     model->restartEngineIfNeeded();
@@ -274,6 +286,16 @@ TEST_F(AppModelTest, permissions_that_arrive_bring_the_tap_within_two_seconds) {
     EXPECT_TRUE(model->status().isTapEnabled);
     EXPECT_FALSE(model->status().lastError);
     EXPECT_TRUE(clickIsGlide());
+}
+
+TEST_F(AppModelTest, a_tap_that_an_edit_brings_ends_the_error_of_the_start) {
+    host.desktop.taps().refuseTaps(1);
+    launch();
+    EXPECT_TRUE(model->status().lastError);
+    model->setConfig(named("mine"));
+    dispatcher.advance(seconds(1));
+    EXPECT_TRUE(model->status().isTapEnabled);
+    EXPECT_FALSE(model->status().lastError);
 }
 
 TEST_F(AppModelTest, permissions_that_go_are_told_and_a_tap_that_lives_on_is_left_alone) {
@@ -339,17 +361,6 @@ TEST_F(AppModelTest, the_three_ways_out_of_a_document_that_cannot_be_used) {
     EXPECT_FALSE(model->store().problem());
     EXPECT_EQ(saved(), bytesOf(Config::default_())) << "at once";
     EXPECT_EQ(engineConfig(), Config::default_());
-}
-
-TEST_F(AppModelTest, an_unreadable_document_is_still_as_it_was_after_a_paused_session) {
-    host.files.putFolder(host.configPath);
-    host.defaults.values["engine.pausedByUser"] = true;
-    launch();
-    ASSERT_TRUE(model->store().problem());
-    EXPECT_TRUE(std::holds_alternative<Problem::Unreadable>(model->store().problem()->value));
-    EXPECT_FALSE(clickIsGlide());
-    model->stop();
-    EXPECT_THAT(host.files.files(), IsEmpty());
 }
 
 TEST_F(AppModelTest, a_wheel_that_a_driver_of_the_system_sets_is_left_to_it) {
