@@ -8,11 +8,26 @@ namespace tessara {
 
 class UserDefaults;
 
-/// The settings of this machine and this mouse, which are no part of the portable document. They
-/// are read once, at construction; a write is stored at once.
+/// The settings of this machine and this mouse, which are no part of the portable document. This
+/// keeps them and says when they change; what follows from a change is `AppModel`'s to do, so that
+/// most of them are set through it.
 ///
-/// Main executor only. A write of an equal value is stored too, and tells nobody. Whoever is told
-/// of a change is told before it is stored.
+/// They are read once, at construction: what another program stores is not seen before the next
+/// launch. A write is stored at once. One of an equal value is stored too, and tells nobody.
+/// Whoever is told of a change is told before it is stored. Nothing fails here: what cannot be
+/// stored holds for this run, as `UserDefaults` promises.
+///
+/// Main executor only. The keys, which others may set where the platform keeps them:
+///
+/// | Key | Type | Absent |
+/// |---|---|---|
+/// | onboarding.completed | boolean | false |
+/// | engine.pausedByUser | boolean | false |
+/// | device.manageSettings | boolean | true |
+/// | device.reportRateHertz | integer | the mouse's own rate |
+/// | device.highResolutionWheel | boolean | see the next |
+/// | device.leavesWheelUnchanged | boolean | false: the normal resolution |
+/// | updates.automaticChecks | boolean | true |
 class AppPreferences : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool hasCompletedOnboarding READ hasCompletedOnboarding WRITE
@@ -29,10 +44,11 @@ class AppPreferences : public QObject {
     /// outlive this.
     explicit AppPreferences(UserDefaults& defaults);
 
-    /// The user went through the onboarding to its last button.
+    /// The user went through the onboarding to its last button; it is not shown by itself again.
     [[nodiscard]] bool hasCompletedOnboarding() const { return hasCompletedOnboarding_; }
     void setHasCompletedOnboarding(bool value);
 
+    /// The user paused the program, in this run or an earlier one.
     [[nodiscard]] bool isPausedByUser() const { return isPausedByUser_; }
     void setPausedByUser(bool value);
 
@@ -40,7 +56,8 @@ class AppPreferences : public QObject {
     [[nodiscard]] bool managesDeviceSettings() const { return managesDeviceSettings_; }
     void setManagesDeviceSettings(bool value);
 
-    /// The report rate that the user chose; nothing leaves the mouse's own.
+    /// The report rate that the user chose, in Hz, which the mouse need not know; nothing leaves
+    /// the mouse's own.
     [[nodiscard]] std::optional<std::int64_t> reportRateHertz() const { return reportRateHertz_; }
     void setReportRateHertz(std::optional<std::int64_t> value);
 

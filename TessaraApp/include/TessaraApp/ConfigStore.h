@@ -17,10 +17,21 @@ struct Config;
 
 /// Puts the user's document on disk and gets it back. No setting is lost to a failure of this
 /// program: a file that cannot be understood is neither overwritten nor deleted, and while there is
-/// one, nothing is saved until the user decides. What the document means is not known here.
+/// one, nothing is saved until the user decides. What the document means is not known here, and
+/// nothing is saved by itself.
 ///
-/// Main executor only; files are read and written in place. A field that is given an equal value
-/// tells nobody.
+/// | In the document's folder | What it is |
+/// |---|---|
+/// | config.json | the document |
+/// | config.previous.json | the document before the last save that changed it |
+/// | config-{stamp}.unreadable.json | one that could not be understood; never deleted |
+///
+/// The stamp is the local time as yyyy-MM-dd-HHmmss. One program at a time saves; what another one
+/// writes between two saves is replaced by the next, and kept as the previous or the unreadable.
+///
+/// Main executor only; files are read and written in place, which takes as long as the disk does.
+/// Nothing is thrown: failures are told by the fields. A field that is given an equal value tells
+/// nobody.
 class ConfigStore : public QObject {
     Q_OBJECT
 
@@ -29,18 +40,18 @@ class ConfigStore : public QObject {
     struct Problem {
         /// The file was read, and is no valid document.
         struct Corrupt {
-            std::string detail;
+            std::string detail;  ///< what is wrong with it, in a sentence
             bool operator==(const Corrupt&) const = default;
         };
         /// A later version of the program wrote it.
         struct NewerSchema {
-            std::int64_t found = 0;
-            std::int64_t supported = 0;
+            std::int64_t found = 0;      ///< its version of the format
+            std::int64_t supported = 0;  ///< the newest that this program knows
             bool operator==(const NewerSchema&) const = default;
         };
         /// It is there, or may be, and could not be read.
         struct Unreadable {
-            std::string detail;
+            std::string detail;  ///< the system's words, with the path
             bool operator==(const Unreadable&) const = default;
         };
 
@@ -68,10 +79,10 @@ class ConfigStore : public QObject {
     /// Where the document is kept.
     [[nodiscard]] QUrl fileURL() const;
 
-    /// Nothing when all is well; until then nothing is saved.
+    /// Nothing when all is well; as long as there is something, nothing is saved.
     [[nodiscard]] const std::optional<Problem>& problem() const { return problem_; }
 
-    /// Where the last unreadable file was put in this run.
+    /// Where the last unreadable file was put in this run; later saves do not change it.
     [[nodiscard]] const std::optional<QUrl>& archivedFileURL() const { return archivedFileURL_; }
 
     /// Why the last save or move failed, in the system's words; nothing when the last save went

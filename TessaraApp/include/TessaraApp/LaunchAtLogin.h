@@ -9,7 +9,8 @@
 namespace tessara {
 
 /// Whether the program starts at login, as the interface shows and switches it. What it says is
-/// always what the system said last, never what was asked of it.
+/// always what the system said last, never what was asked of it. How programs are started is the
+/// service's to know; that the system is asked now and then is `AppModel`'s to see to.
 ///
 /// Main executor only. A value that stays equal tells nobody.
 class LaunchAtLogin : public QObject {
@@ -34,7 +35,8 @@ class LaunchAtLogin : public QObject {
     /// Reads the status anew.
     void refresh();
 
-    /// Registers the program or takes it off, and reads the status anew.
+    /// Registers the program or takes it off, and reads the status anew, whether or not that
+    /// worked. Success need not mean that it is on: the user may have to allow it first.
     void setEnabled(bool isEnabled);
 
   Q_SIGNALS:

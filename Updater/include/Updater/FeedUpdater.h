@@ -43,7 +43,7 @@ class FeedUpdater final : public UpdaterService {
         /// This copy of the program. Only a greater build is an update.
         ProgramVersion current;
         /// The feed's address and the key (Base64) that releases are signed with; both empty for a
-        /// copy that knows no updates.
+        /// copy that knows no updates. With an address and no key every check fails, and says so.
         std::string feedURL;
         std::string publicKey;
         /// The updater's own folder: an absolute path; need not exist. Whatever file is in it is
@@ -53,9 +53,12 @@ class FeedUpdater final : public UpdaterService {
         UpdateTransport transport = UpdateTransport::secureOnly;
     };
 
-    /// Main executor, which is `queue` and runs Qt's event loop. The services outlive this.
+    /// Touches neither disk nor network yet. Main executor, which is `queue` and runs Qt's event
+    /// loop; everything else is called there too. The date of the last check is kept in `defaults`
+    /// under "updates.lastCheck", in seconds since 1970. The services outlive this.
     FeedUpdater(Settings settings, std::shared_ptr<DispatchQueue> queue, const WallClock& wallClock,
                 UserDefaults& defaults, PackageOpener& opener);
+    /// Ends what is under way without a word; a file that is half there goes at the next start.
     ~FeedUpdater() override;
 
     void setDelegate(UpdaterDelegate* delegate) override { delegate_ = delegate; }

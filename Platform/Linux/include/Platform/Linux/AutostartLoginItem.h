@@ -16,6 +16,16 @@ struct XDGDirectories;
 /// `--at-login`. An entry that the desktop's own settings switched off stays switched off: it reads
 /// as waiting for approval, and registering leaves it as it is.
 ///
+/// | The user's entry | Status |
+/// |---|---|
+/// | any, where no installed entry names a program that is there | `notFound` |
+/// | none, or no desktop entry | `notRegistered` |
+/// | with `Hidden=true` or `X-GNOME-Autostart-enabled=false` | `requiresApproval` |
+/// | another | `enabled` |
+/// | one that cannot be read | `unknown` |
+///
+/// That `OnlyShowIn` and the like leave a desktop out is not looked at.
+///
 /// It starts nothing itself, and does not look whether the program runs. The user's files may
 /// change under its hands at any time, so nothing of them is kept. Main executor; a question is a
 /// few files read.
