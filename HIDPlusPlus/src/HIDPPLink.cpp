@@ -4,6 +4,7 @@
 #include <chrono>
 #include <utility>
 
+#include "HIDPPSendQueue.h"
 #include "HIDPlusPlus/HIDPPRunLoop.h"
 #include "HIDPlusPlus/HIDPPWire.h"
 #include "Platform/HIDTransport.h"
@@ -41,6 +42,8 @@ HIDPPLink::HIDPPLink(std::shared_ptr<const HIDPPRunLoop> runLoop,
       interface_(std::move(interface)),
       identity_(HIDPPDeviceIdentity::from(interface_->properties())),
       registryID_(interface_->registryID()) {}
+
+HIDPPLink::~HIDPPLink() = default;
 
 std::expected<void, HIDPPError> HIDPPLink::open() {
     if (isOpen_) return {};
@@ -159,13 +162,15 @@ void HIDPPLink::pump() {
 }
 
 void HIDPPLink::send(const PendingRequest& request) {
-    sendQueue_->post([weakLink = weak_from_this(), interface = interface_, runLoop = runLoop_,
-                      report = request.report, requestID = request.id] {
-        // The link is only looked at, never held: it must not end on this queue.
+    // Nothing that must not end on the send queue is held by it: the link is only looked at, and
+    // the link queue outlives the send queue by itself.
+    sendQueue_->post([weakLink = weak_from_this(), interface = interface_,
+                      linkQueue = runLoop_->queue().get(), report = request.report,
+                      requestID = request.id] {
         if (weakLink.expired()) return;
         const auto code = interface->writeReport(report.front(), report);
         if (code == IOReturn::success) return;
-        runLoop->perform([weakLink, requestID, code] {
+        linkQueue->post([weakLink, requestID, code] {
             if (const auto link = weakLink.lock()) link->handleSendFailure(requestID, code);
         });
     });
@@ -243,7 +248,9 @@ void HIDPPLink::end(const HIDPPError& error) {
     const bool wasOpen = std::exchange(isOpen_, false);
     cancelTimers();
     failAll(error);
-    if (wasOpen) interface_->close();
+    if (!wasOpen) return;
+    interface_->close();
+    runLoop_->retire(std::move(sendQueue_));
 }
 
 }  // namespace tessara

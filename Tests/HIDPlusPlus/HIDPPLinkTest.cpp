@@ -1,4 +1,5 @@
 #include <chrono>
+#include <future>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,6 +12,7 @@
 #include "HIDPlusPlus/HIDPPLink.h"
 #include "HIDPlusPlus/HIDPPRunLoop.h"
 #include "Platform/Dispatch/ManualDispatcher.h"
+#include "Platform/Dispatch/ThreadedDispatcher.h"
 
 namespace tessara {
 namespace {
@@ -335,6 +337,35 @@ TEST_F(HIDPPLinkTest, a_refused_open_leaves_the_link_closed) {
     EXPECT_TRUE(other->open().has_value());
     EXPECT_TRUE(other->open().has_value());
     other->close();
+}
+
+TEST(HIDPPLinkOnThreads, a_link_ends_without_waiting_for_a_write_that_is_stuck) {
+    std::promise<void> stuck;
+    std::promise<void> released;
+    ThreadedDispatcher dispatcher;
+    FakeHIDTransport transport;
+    const auto runLoop = std::make_shared<HIDPPRunLoop>(dispatcher, transport);
+    const auto interface = std::make_shared<FakeHIDInterface>();
+    interface->onWrite = [&](const Bytes&) {
+        stuck.set_value();
+        released.get_future().wait();
+    };
+    auto link = std::make_shared<HIDPPLink>(runLoop, interface);
+    runLoop->perform([&] {
+        ASSERT_TRUE(link->open().has_value());
+        link->enqueue({.timeout = 1, .label = "a"}, [](const HIDPPLink::Reply&) {});
+    });
+    stuck.get_future().wait();
+
+    std::promise<void> ended;
+    runLoop->perform([&] {
+        link->close();
+        link = nullptr;
+    });
+    runLoop->perform([&] { ended.set_value(); });
+    EXPECT_EQ(ended.get_future().wait_for(10s), std::future_status::ready);
+    released.set_value();
+    runLoop->queue()->drain();
 }
 
 }  // namespace

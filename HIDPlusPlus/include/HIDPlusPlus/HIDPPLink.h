@@ -18,6 +18,7 @@ namespace tessara {
 
 class HIDInterface;
 class HIDPPRunLoop;
+class HIDPPSendQueue;
 
 /// The transport over one open HID interface of the mouse: puts one request at a time on the wire,
 /// gives each reply to its own request, and tells replies, stale replies and notifications apart.
@@ -57,6 +58,7 @@ class HIDPPLink : public std::enable_shared_from_this<HIDPPLink> {
 
     /// Any thread. Nothing is opened.
     HIDPPLink(std::shared_ptr<const HIDPPRunLoop> runLoop, std::shared_ptr<HIDInterface> interface);
+    ~HIDPPLink();
 
     HIDPPLink(const HIDPPLink&) = delete;
     HIDPPLink& operator=(const HIDPPLink&) = delete;
@@ -144,8 +146,8 @@ class HIDPPLink : public std::enable_shared_from_this<HIDPPLink> {
     /// Keys whose reply is no longer wanted, oldest first, each once.
     std::deque<TransactionKey> retiredKeys_;
     HIDPPTransportStatistics statistics_;
-    /// Made when the link is opened.
-    std::shared_ptr<DispatchQueue> sendQueue_;
+    /// There while the link is open.
+    std::unique_ptr<HIDPPSendQueue> sendQueue_;
 };
 
 }  // namespace tessara
