@@ -38,7 +38,7 @@ HIDPPDeviceCore::~HIDPPDeviceCore() {
 }
 
 HIDPPTask<void> HIDPPDeviceCore::connect() {
-    if (state_.isConnected()) co_return HIDPPResult<void>{};
+    if (isConnected()) co_return HIDPPResult<void>{};
     co_return co_await waitForConnectTask();
 }
 
@@ -66,7 +66,7 @@ HIDPPTask<void> HIDPPDeviceCore::waitForConnectTask() {
 
 asio::awaitable<void> HIDPPDeviceCore::runConnectTask(std::shared_ptr<ConnectTask> task) {
     const auto outcome = co_await performConnect(task);
-    // After a disconnect the field may hold a newer attempt already.
+    // After a disconnect or a departure the field may hold a newer attempt already.
     if (connectTask_ == task) connectTask_ = nullptr;
     for (auto& resume : std::exchange(task->waiters, {}))
         resume(outcome);
@@ -74,7 +74,7 @@ asio::awaitable<void> HIDPPDeviceCore::runConnectTask(std::shared_ptr<ConnectTas
 
 HIDPPTask<void> HIDPPDeviceCore::performConnect(std::shared_ptr<ConnectTask> task) {
     if (task->isCancelled) co_return notConnected();
-    if (state_.isConnected()) co_return HIDPPResult<void>{};
+    if (isConnected()) co_return HIDPPResult<void>{};
     const auto generation = connectionGeneration_;
     const auto isVoid = [this, task, generation] {
         return task->isCancelled || connectionGeneration_ != generation;
@@ -190,14 +190,15 @@ void HIDPPDeviceCore::stopMonitoring() {
 }
 
 asio::awaitable<void> HIDPPDeviceCore::deviceAppeared() {
-    if (!monitor_ || state_.isConnected() || connectTask_ || !automaticallyReconnects_) co_return;
+    // An attempt that is under way finds the mouse by itself.
+    if (!monitor_ || isConnected() || connectTask_ || !automaticallyReconnects_) co_return;
     const auto generation = connectionGeneration_;
     const auto isVoid = [this, generation] {
         return connectionGeneration_ != generation || !monitor_;
     };
     constexpr int attempts = 2;
     for (int attempt = 1; attempt <= attempts; ++attempt) {
-        if (state_.isConnected()) {
+        if (isConnected()) {
             emitAttached();
             co_return;
         }
@@ -215,6 +216,9 @@ asio::awaitable<void> HIDPPDeviceCore::deviceAppeared() {
 void HIDPPDeviceCore::deviceTerminated(std::uint64_t registryID) {
     if (!connection_ || connection_->registryID() != registryID) return;
     ++connectionGeneration_;
+    // An attempt is void by this, but has yet to come to its end. A plug that is announced before
+    // that is none that it could find.
+    connectTask_ = nullptr;
     std::exchange(connection_, nullptr)->invalidate();
     emit(HIDPPEvent::DeviceRemoved{});
     publish(HIDPPConnectionState::Disconnected{});

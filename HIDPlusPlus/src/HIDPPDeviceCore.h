@@ -56,6 +56,10 @@ class HIDPPDeviceCore : public std::enable_shared_from_this<HIDPPDeviceCore> {
         std::vector<std::move_only_function<void(HIDPPResult<void>)>> waiters;
     };
 
+    /// Whether a connection stands. The published state still says so while a disconnect takes the
+    /// connection down.
+    bool isConnected() const { return connection_ && state_.isConnected(); }
+
     HIDPPTask<void> waitForConnectTask();
     asio::awaitable<void> runConnectTask(std::shared_ptr<ConnectTask> task);
     HIDPPTask<void> performConnect(std::shared_ptr<ConnectTask> task);

@@ -145,6 +145,31 @@ TEST_F(HIDPPDeviceTest, a_connect_right_behind_a_disconnect_is_an_attempt_of_its
         EXPECT_FALSE(mouse.interface->isOpen);
         EXPECT_EQ(transport.watchCount(), 0U);
     }
+
+    connect();
+    spawn(device->disconnect());
+    const auto again = begin(device->connect());
+    dispatcher.advance(1s);
+    EXPECT_EQ(textOf(again), "ok") << "the connection that still stood was not the one asked for";
+    EXPECT_THAT(takeEvents(), ElementsAre("disconnected", connectEvents[0], connectEvents[1]));
+    EXPECT_TRUE(mouse.interface->isOpen);
+}
+
+TEST_F(HIDPPDeviceTest, a_plug_right_behind_an_unplug_is_not_lost_on_the_attempt_that_this_ended) {
+    run(device->connect());
+    mouse.replyDelay = 1ms;
+    for (auto moment = 500us; moment < 12'000us; moment += 1ms) {
+        mouse.plug();
+        dispatcher.advance(moment);
+        mouse.unplug();
+        mouse.plug();
+        dispatcher.advance(100ms);
+        EXPECT_THAT(takeEvents(),
+                    ElementsAre("removed", plugEvents[0], plugEvents[1], plugEvents[2]))
+            << moment.count() << " us";
+        mouse.unplug();
+        takeEvents();
+    }
 }
 
 TEST_F(HIDPPDeviceTest, a_disconnect_while_the_interface_is_being_opened_publishes_nothing) {
