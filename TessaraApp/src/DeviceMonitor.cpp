@@ -128,6 +128,7 @@ asio::awaitable<void> DeviceMonitor::drainEvents() {
 
 asio::awaitable<void> DeviceMonitor::handle(HIDPPEvent event) {
     if (onDeviceEvent_) onDeviceEvent_(event);
+    if (event.is<HIDPPEvent::StateChanged>()) connectionHasChanged_ = true;
     if (event.is<HIDPPEvent::DeviceReady>()) {
         co_await applyThenRefresh();
     } else if (event.is<HIDPPEvent::DeviceAttached>() || event.is<HIDPPEvent::StateChanged>()) {
@@ -141,8 +142,12 @@ asio::awaitable<void> DeviceMonitor::refresh() {
     if (isRefreshing_) co_return;
     const std::weak_ptr<DeviceMonitor*> weakSelf = self_;
     setRefreshing(true);
-    Snapshot facts = co_await readSnapshot(device_);
-    if (weakSelf.expired()) co_return;
+    Snapshot facts;
+    do {
+        connectionHasChanged_ = false;
+        facts = co_await readSnapshot(device_);
+        if (weakSelf.expired()) co_return;
+    } while (connectionHasChanged_);
     facts.lastRefresh = wallClock_.now();
     setSnapshot(std::move(facts));
     setRefreshing(false);

@@ -192,6 +192,15 @@ TEST_F(DeviceMonitorTest, a_second_refresh_beside_a_running_one_asks_nothing) {
     run();
     EXPECT_EQ(mouse.requestCount(), before + 2 * oneRefresh);
     EXPECT_EQ(snapshotChanges, 0) << "an equal snapshot tells nobody";
+
+    // What was read before an unplug is not told after it.
+    mouse.injectFault(Fault::noReply);
+    spawn(monitor->refresh());
+    dispatcher.advance(std::chrono::milliseconds(10));
+    EXPECT_TRUE(monitor->isRefreshing());
+    transport.unplug(mouse);
+    run();
+    EXPECT_FALSE(snapshot().connection.isConnected() || snapshot().identity);
 }
 
 TEST_F(DeviceMonitorTest, access_that_is_denied_is_a_state_and_no_error) {

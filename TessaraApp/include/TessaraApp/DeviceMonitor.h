@@ -141,6 +141,8 @@ class DeviceMonitor : public QObject {
 
     Snapshot snapshot_;
     bool isRefreshing_ = false;
+    /// While a refresh runs: what it has read is of a connection that is no more.
+    bool connectionHasChanged_ = false;
     std::optional<std::int64_t> desiredReportRateHertz_;
     std::optional<bool> desiredHighResolutionWheel_;
     std::function<bool()> isWheelTaken_;
