@@ -87,7 +87,9 @@ void TessaraEngine::connectToDevice(const DesiredDeviceSettings& desired) {
                       std::weak_ptr<TessaraEngine> weakSelf) -> asio::awaitable<void> {
         const auto connected = co_await device->connect();
         if (connected) co_return;
-        if (auto self = weakSelf.lock()) self->handleHIDError(connected.error());
+        // An engine that has stopped meanwhile ended the attempt itself.
+        const auto self = weakSelf.lock();
+        if (self && self->hidDevice_ == device) self->handleHIDError(connected.error());
     };
     asio::co_spawn(platform_.mainQueue->executor(), connect(hidDevice_, weak_from_this()),
                    RethrowException());
