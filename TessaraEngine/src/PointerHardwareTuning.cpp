@@ -139,7 +139,8 @@ void PointerHardwareTuning::apply() {
         return;
     }
     const PointerTuningCapture& capture = *status_.capture;
-    const std::string key = accelerationKey(*target);
+    // Of the captured one, also when the device has come to name another: that has no way back.
+    const std::string& key = capture.accelerationKey;
     PointerPropertyBackend& backend = environment_.backend;
 
     status_.resolutionWrite = PointerPropertyWrite::skipped;

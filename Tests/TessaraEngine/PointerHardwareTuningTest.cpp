@@ -306,6 +306,13 @@ TEST(PointerHardwareTuning, no_originals_are_lost_where_mice_come_and_go) {
     const auto tuning = machine.startProgram();
     applyAt(*tuning, 1600);
 
+    // A key that the device names later has no original on disk.
+    system.strings[mouseID][PointerPropertyKey::accelerationType] = "HIDOther";
+    system.values[mouseID]["HIDOther"] = 7;
+    applyAt(*tuning, 900);
+    EXPECT_EQ(machine.live("HIDOther"), 7);
+    system.values[mouseID].erase("HIDOther");
+
     // A second one beside it becomes the target: the first gets its own figures back.
     constexpr std::uint64_t secondID = 5;
     system.identities.push_back(mouseService(secondID));
