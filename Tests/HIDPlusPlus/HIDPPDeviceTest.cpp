@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
-#include "HIDPPDeviceFixture.h"
 #include "HIDPlusPlus/HIDPPDevice.h"
+#include "ScriptedMouseFixture.h"
 
 namespace tessara {
 namespace {
@@ -15,7 +15,7 @@ const std::vector<std::string> plugEvents{"connected(Gaming Mouse)", "ready", "a
 /// What a call of connect leads to.
 const std::vector<std::string> connectEvents{"connected(Gaming Mouse)", "ready"};
 
-class HIDPPDeviceTest : public HIDPPDeviceFixture {
+class HIDPPDeviceTest : public ScriptedMouseFixture {
   protected:
     void connect() {
         if (!mouse.interface) mouse.plug();

@@ -1,20 +1,6 @@
-#include <chrono>
-#include <functional>
-#include <memory>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <asio/any_io_executor.hpp>
-#include <asio/co_spawn.hpp>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include "HIDPlusPlus/HIDPPDevice.h"
-#include "HIDPlusPlus/HIDPPRunLoop.h"
-#include "Platform/Dispatch/Awaitables.h"
-#include "Platform/Dispatch/ManualDispatcher.h"
+#include "HIDPPDeviceFixture.h"
 #include "Platform/Simulated/SimulatedHIDTransport.h"
 #include "Platform/Simulated/SimulatedMouse.h"
 
@@ -26,57 +12,24 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using Fault = SimulatedMouse::Fault;
 
+struct MouseFirst {
+    SimulatedMouse mouse;  // it outlives the transport
+};
+
 /// The client and the simulated mouse: what the one says and the other understands.
-class HIDPPSimulatedMouseTest : public ::testing::Test {
+class HIDPPSimulatedMouseTest : public MouseFirst,
+                                public HIDPPDeviceFixture<SimulatedHIDTransport> {
   protected:
-    HIDPPSimulatedMouseTest() {
-        subscription = device->makeEventStream(
-            caller, [this](const HIDPPEvent& event) { events.push_back(event.value.index()); });
-    }
-
-    ~HIDPPSimulatedMouseTest() override {
-        subscription.cancel();
-        device = nullptr;
-        dispatcher.advance(5s);
+    void TearDown() override {
+        HIDPPDeviceFixture::TearDown();
         EXPECT_EQ(transport.openInterfaceCount(), 0);
-    }
-
-    template <typename T>
-    T run(asio::awaitable<T> operation) {
-        std::optional<T> outcome;
-        asio::co_spawn(caller->executor(), keep(std::move(operation), outcome), RethrowException());
-        dispatcher.runReady();
-        for (int i = 0; i < 5000 && !outcome; ++i)
-            dispatcher.advance(1ms);
-        if (!outcome) throw std::runtime_error("the operation never completed");
-        return std::move(*outcome);
-    }
-
-    template <typename T>
-    static asio::awaitable<void> keep(asio::awaitable<T> operation, std::optional<T>& outcome) {
-        outcome = co_await std::move(operation);
-    }
-
-    template <typename T>
-    static std::string textOf(const HIDPPResult<T>& result) {
-        return result ? "ok" : result.error().description();
     }
 
     void connect() {
         transport.plug(mouse);
         ASSERT_EQ(textOf(run(device->connect())), "ok");
+        takeEvents();
     }
-
-    ManualDispatcher dispatcher;
-    SimulatedMouse mouse;
-    SimulatedHIDTransport transport;
-    std::shared_ptr<HIDPPRunLoop> runLoop = std::make_shared<HIDPPRunLoop>(dispatcher, transport);
-    std::shared_ptr<DispatchQueue> caller =
-        dispatcher.makeQueue("caller", QualityOfService::standard);
-    std::unique_ptr<HIDPPDevice> device =
-        std::make_unique<HIDPPDevice>(HIDPPDeviceMatch::g502X, runLoop);
-    EventSubscription subscription;
-    std::vector<std::size_t> events;
 };
 
 TEST_F(HIDPPSimulatedMouseTest, understands_everything_the_mouse_says) {
@@ -163,7 +116,6 @@ TEST_F(HIDPPSimulatedMouseTest, each_fault_has_its_words_and_the_next_request_it
 
 TEST_F(HIDPPSimulatedMouseTest, a_mouse_that_vanishes_in_mid_request_is_removed_and_welcome_back) {
     connect();
-    events.clear();
     mouse.injectFault(Fault::vanish);
     EXPECT_EQ(textOf(run(device->setDPI(1600))), "device was removed");
     EXPECT_FALSE(run(device->isConnected()));
@@ -171,8 +123,8 @@ TEST_F(HIDPPSimulatedMouseTest, a_mouse_that_vanishes_in_mid_request_is_removed_
     transport.plug(mouse);
     dispatcher.advance(1s);
     EXPECT_TRUE(run(device->isConnected()));
-    // Removed, disconnected; connected, ready, attached.
-    EXPECT_THAT(events, ElementsAre(4, 2, 2, 1, 0));
+    EXPECT_THAT(takeEvents(), ElementsAre("removed", "disconnected", "connected(Gaming Mouse)",
+                                          "ready", "attached"));
 }
 
 TEST_F(HIDPPSimulatedMouseTest, waits_for_a_permission_and_for_writes_to_be_taken) {
@@ -190,10 +142,9 @@ TEST_F(HIDPPSimulatedMouseTest, waits_for_a_permission_and_for_writes_to_be_take
 
 TEST_F(HIDPPSimulatedMouseTest, hears_what_the_mouse_says_of_its_own_accord) {
     connect();
-    events.clear();
     mouse.setRatchet(false);
     EXPECT_EQ(run(device->ratchetState()), HIDPPRatchetState::freeSpin);
-    EXPECT_THAT(events, ElementsAre(3));
+    EXPECT_EQ(takeEvents().size(), 1U);
 }
 
 }  // namespace
