@@ -12,6 +12,7 @@ namespace tessara {
 /// How the mouse stands to the program. `Connected` is only ever said once the mouse's features are
 /// known, so that whoever hears of it can use them at once.
 struct HIDPPConnectionState {
+    /// There is no mouse, or nobody asked for it, or the last attempt to connect failed.
     struct Disconnected {
         bool operator==(const Disconnected&) const = default;
     };
@@ -19,7 +20,9 @@ struct HIDPPConnectionState {
     struct NotPermitted {
         bool operator==(const NotPermitted&) const = default;
     };
+    /// The mouse can be talked to.
     struct Connected {
+        /// Of the interface that carries the protocol.
         HIDPPDeviceIdentity identity;
         bool operator==(const Connected&) const = default;
     };
@@ -28,6 +31,7 @@ struct HIDPPConnectionState {
 
     Case value;
 
+    /// Disconnected.
     HIDPPConnectionState() = default;
 
     /// Implicit, so that a case can be given where a state is wanted.
@@ -35,6 +39,7 @@ struct HIDPPConnectionState {
     explicit(false) HIDPPConnectionState(T state)
         : value(std::in_place_type<T>, std::move(state)) {}
 
+    /// Whether it is that case.
     template <typename T>
     bool is() const {
         return std::holds_alternative<T>(value);

@@ -5,7 +5,8 @@
 #include <variant>
 #include <vector>
 
-/// Resolution of the sensor, in dots per inch.
+/// Resolution of the sensor, in dots per inch: counts that the mouse reports for an inch of the
+/// hand's way. On the wire a resolution has 16 bits.
 
 namespace tessara {
 
@@ -24,6 +25,7 @@ struct HIDPPDPIRange {
         bool operator==(const List&) const = default;
     };
 
+    /// Which of the two a sensor has is its own affair; both come in one form on the wire.
     std::variant<Range, List> value;
 
     /// The bounds; of a list its smallest and its largest value, 0 when it is empty.
@@ -48,6 +50,7 @@ struct HIDPPDPIRange {
 struct HIDPPDPIState {
     std::uint8_t sensorIndex = 0;
     std::int64_t current = 0;
+    /// What the mouse calls its default.
     std::int64_t default_ = 0;
 
     /// All fields in one line.

@@ -18,18 +18,22 @@ struct HIDPPDeviceIdentity {
     std::optional<std::string> product = {};
     std::optional<std::string> manufacturer = {};
     std::optional<std::string> serialNumber = {};
+    /// Where on the bus the device is plugged in.
     std::optional<std::int64_t> locationID = {};
+    /// What the interface is for in the first place: usage page and usage of its first collection.
     std::int64_t primaryUsagePage = 0;
     std::int64_t primaryUsage = 0;
     /// Bytes of the longest report, its id included.
     std::int64_t maxInputReportSize = 0;
     std::int64_t maxOutputReportSize = 0;
+    /// Of all the interface's collections, in its order.
     std::vector<HIDUsagePair> usagePairs = {};
 
     /// The identity that the platform's properties of an interface give.
     static HIDPPDeviceIdentity from(const HIDInterfaceProperties& properties);
 
-    /// Whether the interface has the vendor collection and takes long reports.
+    /// Whether the interface has the vendor collection (`HIDPPWire::vendorUsagePage`) and takes
+    /// long reports: only such a one answers to the protocol.
     bool carriesHIDPP() const;
 
     /// One line with ids, name, usages and sizes.

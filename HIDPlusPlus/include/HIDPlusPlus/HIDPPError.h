@@ -30,6 +30,7 @@ struct HIDPP20ErrorCode {
     static const HIDPP20ErrorCode unsupported;
     static const HIDPP20ErrorCode invalidDeviceIndex;
 
+    /// The code as it came in.
     std::uint8_t rawValue = 0;
 
     /// The constant's name, "vendor/unassigned" for a value without one.
@@ -50,7 +51,8 @@ inline constexpr HIDPP20ErrorCode HIDPP20ErrorCode::busy{8};
 inline constexpr HIDPP20ErrorCode HIDPP20ErrorCode::unsupported{9};
 inline constexpr HIDPP20ErrorCode HIDPP20ErrorCode::invalidDeviceIndex{10};
 
-/// An error of the client. Absence of the device (`DeviceNotFound`, `NotOpen`, `NotConnected`,
+/// An error of the client, a plain value. Every operation of the library says which of these it
+/// gives. Absence of the device (`DeviceNotFound`, `NotOpen`, `NotConnected`,
 /// `DeviceRemoved`) is an expected condition that callers show as a state.
 struct HIDPPError {
     /// A platform call failed; `operation` is the call's name, `code` its result.
@@ -64,17 +66,19 @@ struct HIDPPError {
         std::string operation;
         bool operator==(const Timeout&) const = default;
     };
+    /// The device does not have the feature; it may not even have been asked.
     struct FeatureUnsupported {
         HIDPPFeature feature = HIDPPFeature::root;
         bool operator==(const FeatureUnsupported&) const = default;
     };
     /// The device answered with a HID++ 2.0 error, whatever its code, 0 included.
     struct Protocol20 {
-        HIDPP20ErrorCode code;
+        HIDPP20ErrorCode code = {};
         bool operator==(const Protocol20&) const = default;
     };
     /// The device answered with a HID++ 1.0 error.
     struct Protocol10 {
+        /// As it came in; these codes have no names here.
         std::uint8_t code = 0;
         bool operator==(const Protocol10&) const = default;
     };
@@ -83,22 +87,28 @@ struct HIDPPError {
         std::string text;
         bool operator==(const MalformedResponse&) const = default;
     };
+    /// What the caller asked for cannot be said to the device, and was not; `text` says why.
     struct InvalidArgument {
         std::string text;
         bool operator==(const InvalidArgument&) const = default;
     };
+    /// No interface that speaks the protocol is plugged in.
     struct DeviceNotFound {
         bool operator==(const DeviceNotFound&) const = default;
     };
+    /// The user has not granted access to the device.
     struct NotPermitted {
         bool operator==(const NotPermitted&) const = default;
     };
+    /// The interface or its link is closed.
     struct NotOpen {
         bool operator==(const NotOpen&) const = default;
     };
+    /// There is no connection, or it was ended while the operation waited.
     struct NotConnected {
         bool operator==(const NotConnected&) const = default;
     };
+    /// The device went away while the operation waited.
     struct DeviceRemoved {
         bool operator==(const DeviceRemoved&) const = default;
     };

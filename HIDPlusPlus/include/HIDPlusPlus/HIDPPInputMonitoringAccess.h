@@ -5,7 +5,8 @@
 
 namespace tessara {
 
-/// Whether the user lets this process open the mouse.
+/// Whether the user lets this process open the mouse. A wish to know only: what counts is whether
+/// opening it succeeds.
 enum class HIDPPInputMonitoringAccess : std::uint8_t {
     granted,
     denied,

@@ -38,19 +38,21 @@ class HIDPPLink : public std::enable_shared_from_this<HIDPPLink> {
     using Reply = std::expected<std::vector<std::uint8_t>, HIDPPError>;
     /// Called exactly once, on the run loop's queue; must be short and must not block.
     using Completion = std::move_only_function<void(Reply)>;
+    /// Called on the run loop's queue; must be short and must not block.
     using NotificationHandler = std::move_only_function<void(
         std::uint8_t featureIndex, std::uint8_t functionByte, std::vector<std::uint8_t> payload)>;
 
     /// What is asked of the device.
     struct Request {
         std::uint8_t deviceIndex = 0;
+        /// On this device.
         std::uint8_t featureIndex = 0;
         /// Function number, 0 to 15.
         std::uint8_t function = 0;
         /// At most 3 bytes, 16 in a long report.
         std::vector<std::uint8_t> parameters = {};
         bool isLong = false;
-        /// Seconds from the moment the request is handed to be written to its reply.
+        /// Seconds, above 0, from the moment the request is handed to be written to its reply.
         double timeout = 0;
         /// What a timeout error says has timed out.
         std::string label;
@@ -63,7 +65,7 @@ class HIDPPLink : public std::enable_shared_from_this<HIDPPLink> {
     HIDPPLink(const HIDPPLink&) = delete;
     HIDPPLink& operator=(const HIDPPLink&) = delete;
 
-    /// Any thread.
+    /// What the platform told of the interface when it was found. Any thread.
     const HIDPPDeviceIdentity& identity() const { return identity_; }
     /// The platform's name for this interface of this plug. Any thread.
     std::uint64_t registryID() const { return registryID_; }
@@ -75,7 +77,8 @@ class HIDPPLink : public std::enable_shared_from_this<HIDPPLink> {
     /// Puts the request at the end of the queue. Completes with the payload; `Protocol20` or
     /// `Protocol10` when the device refuses; `Timeout` when it does not answer; the write's error;
     /// `NotOpen` on a link that is not open; `NotConnected` or `DeviceRemoved` when the link ends
-    /// first; `InvalidArgument` when the parameters do not fit.
+    /// first; `InvalidArgument` when the parameters do not fit. After a timeout nothing is sent for
+    /// 30 ms, in which the late reply may come and be dropped.
     void enqueue(Request request, Completion completion);
 
     /// Who hears the notifications from now on; without a handler they are counted and dropped.
@@ -83,12 +86,14 @@ class HIDPPLink : public std::enable_shared_from_this<HIDPPLink> {
         notificationHandler_ = std::move(handler);
     }
 
-    /// Ends the link in good order: whatever waits fails with `NotConnected`.
+    /// Ends the link in good order: whatever waits fails with `NotConnected`. Does not wait for a
+    /// write that is under way. Nothing happens when the link has ended.
     void close();
 
-    /// Ends the link after the device has gone: whatever waits fails with `DeviceRemoved`.
+    /// Ends the link after the device has gone: the same, but for `DeviceRemoved`.
     void invalidate();
 
+    /// The counters as they stand; they go on counting.
     const HIDPPTransportStatistics& statistics() const { return statistics_; }
 
   private:
@@ -101,6 +106,7 @@ class HIDPPLink : public std::enable_shared_from_this<HIDPPLink> {
     };
 
     struct PendingRequest {
+        /// Tells the outcomes of this request from those of an earlier one.
         std::uint64_t id = 0;
         TransactionKey key;
         std::vector<std::uint8_t> report;

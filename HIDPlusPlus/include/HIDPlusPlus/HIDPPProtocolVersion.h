@@ -6,7 +6,8 @@
 
 namespace tessara {
 
-/// The protocol version a device answers a ping with, ordered by major, then minor.
+/// The protocol version a device answers a ping with, ordered by major, then minor. Features and
+/// their functions are those of version 2.0 and later; versions are shown and never decided by.
 struct HIDPPProtocolVersion {
     std::uint8_t major = 0;
     std::uint8_t minor = 0;

@@ -7,8 +7,10 @@
 
 namespace tessara {
 
-/// How often the mouse reports, kept as the protocol has it: the interval in whole milliseconds.
+/// How often the mouse reports its motion, kept as the protocol has it: the interval in whole
+/// milliseconds. Faster rates than 1000 Hz cannot be said so.
 struct HIDPPReportRate {
+    /// Between two reports.
     std::int64_t milliseconds = 0;
 
     /// The rate of `hertz` reports a second, or nothing when that is no whole number of
@@ -28,6 +30,7 @@ struct HIDPPReportRate {
 struct HIDPPReportRateInfo {
     /// Bit i, from 0, stands for an interval of i + 1 ms.
     std::uint8_t bitmap = 0;
+    /// What the mouse runs at; 0 ms when it says so, though that is no rate.
     HIDPPReportRate current = {};
 
     /// The rates the mouse can be set to, the shortest interval first.

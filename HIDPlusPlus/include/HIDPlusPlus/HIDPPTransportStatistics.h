@@ -5,9 +5,11 @@
 
 namespace tessara {
 
-/// What a link has counted since it was made. Reports that are too short or carry another report id
-/// appear in none of the counters.
+/// What a link has counted since it was made: for a page of facts and for tests, and nothing that
+/// the client itself goes by. Reports that are too short or carry another report id appear in none
+/// of the counters.
 struct HIDPPTransportStatistics {
+    /// Requests handed to be written, those included whose write then failed.
     std::int64_t requestsSent = 0;
     /// Replies, error replies included, that were given to their request.
     std::int64_t repliesMatched = 0;

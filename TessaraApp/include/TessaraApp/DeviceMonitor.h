@@ -43,7 +43,9 @@ class DeviceMonitor : public QObject {
     /// What is known of the mouse. Facts that could not be read are absent.
     struct Snapshot {
         HIDPPConnectionState connection;
+        /// Of the interface that is connected to or being connected to.
         std::optional<HIDPPDeviceIdentity> identity;
+        // What the mouse tells itself; all absent unless it is connected.
         std::optional<std::string> deviceName;
         std::optional<HIDPPProtocolVersion> protocolVersion;
         std::optional<HIDPPDeviceInformation> information;
@@ -57,6 +59,7 @@ class DeviceMonitor : public QObject {
         std::optional<std::string> lastError;
         /// The user has not granted access to the mouse.
         bool isNotPermitted = false;
+        /// When all this was read; absent when there was nothing to read.
         std::optional<std::chrono::sys_seconds> lastRefresh;
 
         bool operator==(const Snapshot&) const = default;
@@ -76,7 +79,7 @@ class DeviceMonitor : public QObject {
     void stop();
 
     /// Reads everything anew into the snapshot. While a refresh runs, another one does nothing and
-    /// does not wait.
+    /// does not wait; when the connection changes meanwhile, it begins again.
     asio::awaitable<void> refresh();
 
     /// Writes the wanted settings to the mouse, up to the first failure, which the snapshot tells.
@@ -86,6 +89,7 @@ class DeviceMonitor : public QObject {
     /// Does the two above, one after the other, without the caller waiting.
     void applyDesiredSettingsAndRefresh();
 
+    /// What is known of the mouse now; `snapshotChanged` tells when that is something else.
     [[nodiscard]] const Snapshot& snapshot() const { return snapshot_; }
     [[nodiscard]] bool isRefreshing() const { return isRefreshing_; }
 
@@ -110,6 +114,7 @@ class DeviceMonitor : public QObject {
     /// `start`.
     void setOnDeviceEvent(EventHandler handler) { onDeviceEvent_ = std::move(handler); }
 
+    /// The way to the mouse's settings for everyone, with the user's gate in it.
     [[nodiscard]] const std::shared_ptr<GatedHIDPPControl>& control() const { return control_; }
 
   Q_SIGNALS:

@@ -17,13 +17,16 @@ class FakePointerPropertyBackend final : public PointerPropertyBackend {
         bool operator==(const Write&) const = default;
     };
 
+    /// The properties, by registry id and key.
     std::map<std::uint64_t, std::map<std::string, std::int64_t>> values;
     std::map<std::uint64_t, std::map<std::string, std::string>> strings;
     /// All writes that were taken, in order.
     std::vector<Write> writeLog;
+    /// Keys that only the registry entry takes, and keys that nobody takes.
     std::set<std::string> keysRefusedByEventSystem;
     std::set<std::string> keysRefusedEverywhere;
     bool isWritable = true;
+    /// What `services()` gives.
     std::vector<PointerServiceIdentity> identities;
 
     [[nodiscard]] bool canWrite() const override { return isWritable; }

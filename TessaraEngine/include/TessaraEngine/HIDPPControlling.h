@@ -10,12 +10,14 @@ namespace tessara {
 class HIDPPDevice;
 
 /// The settings of the mouse that the program writes: what stands between the engine and the real
-/// device, a gate that the user can close, or a fake. Operations may be awaited on any executor.
+/// device, a gate that the user can close, or a fake. Operations may be awaited on any executor,
+/// and besides what is said with each fail as those of `HIDPPDevice` do.
 class HIDPPControlling {
   public:
     virtual ~HIDPPControlling() = default;
 
-    /// Writes a resolution and gives the device's own afterwards, in DPI.
+    /// Writes the resolution nearest to `dpi` that the device has and gives its own afterwards,
+    /// both in DPI.
     virtual HIDPPTask<std::int64_t> setDPI(std::int64_t dpi) = 0;
 
     /// Writes the report rate. Fails with `InvalidArgument` for a rate that is no whole number of
@@ -43,7 +45,8 @@ class LiveHIDPPControl final : public HIDPPControlling {
     const std::shared_ptr<HIDPPDevice> device_;
 };
 
-/// Whether the error only says that the mouse is not there, which is a state and no failure.
+/// Whether the error (`DeviceNotFound`, `NotOpen`, `NotConnected`, `DeviceRemoved`) only says that
+/// the mouse is not there, which is a state and no failure.
 [[nodiscard]] bool saysDeviceIsAbsent(const HIDPPError& error);
 
 }  // namespace tessara

@@ -19,7 +19,7 @@ class WallClock;
 /// What the engine wants of the pointer tuning.
 struct PointerTuningRequest {
     bool isPermitted = false;
-    /// What the mouse really runs at; absent leaves the last figure in place.
+    /// What the mouse really runs at, in DPI; absent leaves the last figure in place.
     std::optional<std::int64_t> deviceDPI;
 
     bool operator==(const PointerTuningRequest&) const = default;
@@ -34,7 +34,10 @@ struct PointerTuningRequest {
 /// puts them back first. A value that cannot be read is not written, and a value that the system
 /// does not take back is kept until it does.
 ///
-/// Main executor only.
+/// A correction is in force while the system can take it (`isSupported`), the user wants it
+/// (`isEnabled`) and the engine allows it (`isPermitted`). What comes of each call is told by
+/// `status()`; nothing here fails otherwise. Calls block for as long as the system and the disk
+/// take. Main executor only.
 class PointerHardwareTuning {
   public:
     /// The user's switch among the defaults; on when absent.
@@ -61,7 +64,8 @@ class PointerHardwareTuning {
     /// Takes effect at the next correction.
     void setDeviceMatches(std::vector<HIDPPDeviceMatch> matches) { matches_ = std::move(matches); }
 
-    /// Corrects or restores as the engine wants it.
+    /// Corrects or restores as the engine wants it. A correction that failed is tried again by each
+    /// call.
     void request(const PointerTuningRequest& request);
 
     /// The mouse runs at another resolution: the correction follows. Nothing, and what is below 1,
@@ -72,11 +76,13 @@ class PointerHardwareTuning {
     /// went with it, and corrects again.
     void deviceBecameReady();
 
-    /// The user's switch, kept in the defaults.
+    /// The user's switch, kept in the defaults; it takes effect at once.
     void setEnabled(bool isEnabled);
     [[nodiscard]] bool isEnabled() const { return status_.isEnabled; }
 
-    /// Puts the originals back. What the system does not take stays noted, for the next time.
+    /// Puts the originals back and forgets them, their file included. What the system does not take
+    /// stays noted, for the next restore and for the next start. With nothing to put back only the
+    /// reason is noted.
     void restore(PointerTuningRestoreReason reason);
 
     /// Stores the live values in the status, for display.

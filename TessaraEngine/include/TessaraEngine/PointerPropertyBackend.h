@@ -24,6 +24,7 @@ inline constexpr const char* mouseAcceleration = "HIDMouseAcceleration";
 
 /// One service of a pointer device, for as long as it stays plugged in.
 struct PointerServiceIdentity {
+    /// Of this plug; the next one has another.
     std::uint64_t registryID = 0;
     std::optional<std::int64_t> vendorID = std::nullopt;
     std::optional<std::int64_t> productID = std::nullopt;
@@ -64,6 +65,7 @@ class PointerPropertyBackend {
     /// Whether the system lets properties be written at all.
     [[nodiscard]] virtual bool canWrite() const = 0;
 
+    /// All input devices that are there now, mice or not.
     [[nodiscard]] virtual std::vector<PointerServiceIdentity> services() = 0;
 
     /// The property of that service; nothing when it has none of that type.
@@ -72,6 +74,7 @@ class PointerPropertyBackend {
     [[nodiscard]] virtual std::optional<std::string> readString(const std::string& key,
                                                                 std::uint64_t registryID) = 0;
 
+    /// Writes the property; `refused` when the system does not take it or the service is gone.
     [[nodiscard]] virtual PointerPropertyWrite writeNumber(const std::string& key,
                                                            std::int64_t value,
                                                            std::uint64_t registryID) = 0;

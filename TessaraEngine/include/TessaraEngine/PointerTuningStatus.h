@@ -23,12 +23,14 @@ struct PointerTuningCapture {
     PointerServiceIdentity service;
     /// The key that the acceleration was read from.
     std::string accelerationKey;
-    /// 16.16; absent when it could not be read.
+    /// Counts per inch in 16.16; absent when it could not be read, as is the next.
     std::optional<std::int64_t> resolution;
+    /// In 16.16, -1 for none.
     std::optional<std::int64_t> acceleration;
+    /// When they were read.
     std::chrono::sys_seconds capturedAt{};
 
-    /// Counts per inch.
+    /// The two figures as numbers, the first in counts per inch.
     [[nodiscard]] std::optional<double> resolutionCPI() const;
     [[nodiscard]] std::optional<double> accelerationValue() const;
 
@@ -65,25 +67,34 @@ struct PointerTuningStatus {
     bool isPermitted = false;
     /// A correction is in force, or could not be taken back.
     bool isApplied = false;
+    /// The device that the correction is for, when one is there.
     std::optional<PointerServiceIdentity> target;
     /// The originals, as long as there is something to put back.
     std::optional<PointerTuningCapture> capture;
+    /// What the last correction wrote, of that which the system took.
     std::optional<std::int64_t> appliedResolution;
     std::optional<std::int64_t> appliedAcceleration;
+    /// How its writes ended; absent before the first one and after a restore.
     std::optional<PointerPropertyWrite> resolutionWrite;
     std::optional<PointerPropertyWrite> accelerationWrite;
+    /// What the system said after the last correction or restore.
     std::optional<std::int64_t> lastReadBackResolution;
     std::optional<std::int64_t> lastReadBackAcceleration;
+    /// Why the last restore was; absent after a correction.
     std::optional<PointerTuningRestoreReason> lastRestoreReason;
     /// The correction of an earlier run was undone at this start.
     bool recoveredStrandedCapture = false;
+    /// Some of the originals could not be put back, and are kept.
     bool restoreFailed = false;
     /// The keys that could not be put back.
     std::vector<std::string> restoreFailedKeys;
     /// The live values, when they were last asked for.
     std::optional<PointerTuningCapture> currentReading;
+    /// What went wrong last, in words for the user of the one system that has these figures. Where
+    /// they cannot be written, as on Linux, nothing is tried and nothing goes wrong.
     std::optional<std::string> lastError;
 
+    /// The original and the corrected resolution in counts per inch.
     [[nodiscard]] std::optional<double> capturedResolutionCPI() const;
     [[nodiscard]] std::optional<double> appliedResolutionCPI() const;
     /// By how much the system's own figure was off: applied over captured.

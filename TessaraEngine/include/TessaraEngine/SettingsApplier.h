@@ -18,8 +18,11 @@ class Dispatcher;
 
 /// What the mouse is to be set to. What is absent is left as it is on the mouse.
 struct DesiredDeviceSettings {
+    /// In dots per inch; the mouse takes the nearest value that it has.
     std::optional<std::int64_t> dpi = std::nullopt;
+    /// Reports a second; a rate that the mouse does not have is a failure.
     std::optional<std::int64_t> reportRateHertz = std::nullopt;
+    /// Whether a detent of the wheel comes as several reports.
     std::optional<bool> highResolutionWheel = std::nullopt;
 
     bool operator==(const DesiredDeviceSettings&) const = default;
@@ -40,7 +43,9 @@ class SettingsApplier : public std::enable_shared_from_this<SettingsApplier> {
     using ReadyObserver = std::function<void()>;
     using StateObserver = std::function<void(const SettingsApplyState& state)>;
 
-    /// Applies nothing yet. `dispatcher` makes the queue and is not used afterwards.
+    /// Applies nothing yet. `control` is asked on the applier's queue, and kept as long as an apply
+    /// runs, also when the applier is gone. `dispatcher` makes the queue and is not used
+    /// afterwards.
     SettingsApplier(std::shared_ptr<HIDPPControlling> control, const DesiredDeviceSettings& desired,
                     Dispatcher& dispatcher);
 
@@ -50,15 +55,20 @@ class SettingsApplier : public std::enable_shared_from_this<SettingsApplier> {
     /// Takes the settings over and writes them, also when they are the same as before.
     void update(const DesiredDeviceSettings& desired);
 
-    /// Lays a resolution over the wanted one, or takes it away again, and writes what is then in
-    /// force. The state does not say `SettingsApplying` meanwhile.
+    /// Lays a resolution (DPI) over the wanted one, or takes it away again, and writes what is then
+    /// in force, and nothing else; nothing at all when no resolution is wanted. The state does not
+    /// say `SettingsApplying` meanwhile, so that a held shift does not make it flicker. The shift
+    /// outlasts a replug, and ends only here.
     void setDPIOverride(std::optional<std::int64_t> dpi);
 
     /// Writes everything that is wanted: resolution, report rate, wheel, in this order, up to the
-    /// first failure; then reads the resolution back.
+    /// first failure; then reads the resolution back. The state is `SettingsApplying` and then one
+    /// of: `SettingsApplied`, also when the reading back fails; `SettingsIdle` when the mouse is
+    /// not there; `SettingsNotPermitted`; `SettingsFailed` with the error's text.
     void applyNow();
 
-    /// Takes an event of the device: applies when it has become ready.
+    /// Takes an event of the device: applies everything when it has become ready, for the mouse
+    /// forgets its settings with its power.
     void handle(const HIDPPEvent& event);
 
     /// Calls `done` on the applier's queue once the apply begun last has ended, at once when none
@@ -75,10 +85,11 @@ class SettingsApplier : public std::enable_shared_from_this<SettingsApplier> {
 
     // What is published. Any thread.
 
+    /// How the last apply stands or ended.
     [[nodiscard]] SettingsApplyState state() const;
     /// The mouse's answer to the last resolution written; forgotten when it goes.
     [[nodiscard]] std::optional<std::int64_t> lastAppliedDPI() const;
-    /// The last resolution read back; kept when the mouse goes.
+    /// The last resolution above 0 that was read back; kept when the mouse goes.
     [[nodiscard]] std::optional<std::int64_t> deviceReportedDPI() const;
     /// The override, or else the wanted resolution.
     [[nodiscard]] std::optional<std::int64_t> effectiveDPI() const;

@@ -23,7 +23,7 @@ struct SettingsApplied {
 };
 /// The last apply failed.
 struct SettingsFailed {
-    /// Why, in words for the user.
+    /// Why, in words for the user (`HIDPPError::description`).
     std::string reason;
     bool operator==(const SettingsFailed&) const = default;
 };
@@ -32,7 +32,8 @@ struct SettingsNotPermitted {
     bool operator==(const SettingsNotPermitted&) const = default;
 };
 
-/// How the mouse's settings stand.
+/// How the mouse's settings stand, for display. Nothing is decided by it: a mouse that becomes
+/// ready is set whatever was said before.
 using SettingsApplyState = std::variant<SettingsIdle, SettingsApplying, SettingsApplied,
                                         SettingsFailed, SettingsNotPermitted>;
 

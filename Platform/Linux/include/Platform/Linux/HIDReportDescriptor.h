@@ -26,7 +26,9 @@ struct HIDReportDescriptorError {
 };
 
 /// What a HID report descriptor says of an interface as a whole: what it is for, and how long its
-/// reports get. Not for taking reports apart: where a field lies within one is not kept.
+/// reports get. Not for taking reports apart: where a field lies within one is not kept. The form
+/// is that of the "Device Class Definition for Human Interface Devices" 1.11, chapter 6.2.2, as the
+/// kernel shows it in the device's `report_descriptor` in /sys.
 ///
 /// The bytes come from a device and are believed in nothing. Reading takes time and memory in
 /// proportion to their number, whatever counts they claim.

@@ -14,8 +14,9 @@ namespace tessara {
 class FileDescriptor;
 class ReadableWatch;
 
-/// A HID interface behind one of the kernel's hidraw nodes. The kernel goes on feeding the device's
-/// events to the desktop while it is open. Found by `HidrawTransport`; not for finding anything.
+/// A HID interface behind one of the kernel's hidraw nodes (Documentation/hid/hidraw.rst of the
+/// kernel). The kernel goes on feeding the device's events to the desktop while it is open. Found
+/// by `HidrawTransport`; not for finding anything.
 class HidrawInterface final : public HIDInterface {
   public:
     struct Place {
@@ -32,6 +33,7 @@ class HidrawInterface final : public HIDInterface {
     /// take each report at once, or block for the kernel's own five seconds at most.
     static constexpr std::chrono::milliseconds writePatience{1000};
 
+    /// Opens nothing. `patience` is for tests. Any thread.
     HidrawInterface(HIDInterfaceProperties properties, std::uint64_t registryID, Place place,
                     std::chrono::milliseconds patience = writePatience);
     ~HidrawInterface() override;

@@ -7,7 +7,8 @@
 namespace tessara {
 
 /// The kernel's HID devices through their hidraw nodes, found and watched with libudev. What an
-/// interface is for is read from its report descriptor, which needs no right to open the node.
+/// interface is for is read from its report descriptor, which needs no right to open the node. An
+/// interface's registry id is the number that the kernel gives to each HID device it finds.
 class HidrawTransport final : public HIDTransport {
   public:
     /// The ids are of the device whose nodes tell whether access is granted.
