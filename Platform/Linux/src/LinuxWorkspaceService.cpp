@@ -162,7 +162,8 @@ LinuxWorkspaceService::Displays LinuxWorkspaceService::Displays::current() {
 }
 
 LinuxWorkspaceService::LinuxWorkspaceService(Dispatcher& dispatcher, Displays displays)
-    : queue_(dispatcher.makeQueue("ai.tessara.workspace", QualityOfService::utility)),
+    // Of the ordinary class, which applications that are started inherit.
+    : queue_(dispatcher.makeQueue("ai.tessara.workspace", QualityOfService::standard)),
       session_(std::make_shared<Session>(queue_)) {
     queue_->post(
         [session = session_, displays = std::move(displays)] { session->begin(displays); });

@@ -75,16 +75,16 @@ struct LinuxHost::Services {
           loginItem(files, AutostartLoginItem::Places::standard(directories)),
           updater(updaterSettings(directories), mainQueue, wallClock, defaults, packageOpener),
           workspace(dispatcher, std::move(displays)),
-          shortcuts(directories.data() + "/shortcuts", utilityQueue) {}
+          shortcuts(directories.data() + "/shortcuts", shortcutsQueue) {}
 
     const std::string supportDirectory;
     const std::unique_ptr<QLockFile> claim;
     ThreadedDispatcher dispatcher;
     const std::shared_ptr<DispatchQueue> mainQueue =
         std::make_shared<QtMainQueue>("ai.tessara.main");
-    /// For what takes a moment and nobody waits for.
-    const std::shared_ptr<DispatchQueue> utilityQueue =
-        dispatcher.makeQueue("ai.tessara.utility", QualityOfService::utility);
+    /// Of the ordinary class, which programs that are started inherit.
+    const std::shared_ptr<DispatchQueue> shortcutsQueue =
+        dispatcher.makeQueue("ai.tessara.shortcuts", QualityOfService::standard);
     PosixFileSystem files;
     PosixWallClock wallClock;
     FileUserDefaults defaults;

@@ -15,7 +15,7 @@ class DispatchQueue;
 class LinuxShortcutsRunner final : public ShortcutsRunner {
   public:
     /// `folder` need not exist; Shortcuts put there later are found. Programs are started on
-    /// `queue`, where a moment's work delays nothing.
+    /// `queue`, where a moment's work delays nothing, and inherit the priority of its class.
     LinuxShortcutsRunner(std::string folder, std::shared_ptr<DispatchQueue> queue);
 
     /// Whether a Shortcut can have that name: one that stays in the folder and is not hidden there.
