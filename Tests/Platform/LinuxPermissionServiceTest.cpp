@@ -78,8 +78,10 @@ TEST_F(LinuxPermissionServiceTest, without_the_mouse_what_counts_is_whether_it_c
     EXPECT_TRUE(service.preflightListenEventAccess()) << "by a group, say";
     refused = {"/dev/input/event5"};
     EXPECT_FALSE(service.preflightListenEventAccess());
+    EXPECT_FALSE(service.report().canSpeak());
     makeFile("/etc/udev/rules.d/70-tessara.rules");
     EXPECT_TRUE(service.preflightListenEventAccess());
+    EXPECT_TRUE(service.report().canSpeak());
 }
 
 TEST_F(LinuxPermissionServiceTest, a_keyboard_that_may_not_be_read_is_told_of_and_no_obstacle) {

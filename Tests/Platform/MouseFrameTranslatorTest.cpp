@@ -80,6 +80,7 @@ class Mouse {
         shown.clear();
         return inWords(translator_.translate(frameOf(codes), flags, tap_));
     }
+    std::string letGo() { return inWords(translator_.releasePassed()); }
 
     std::vector<CGEventType> refused;
     std::optional<std::pair<std::int64_t, std::int64_t>> rewrittenMotion;
@@ -236,6 +237,16 @@ TEST(MouseFrameTranslator, a_button_that_was_let_down_is_always_let_up) {
     EXPECT_EQ(mouse.send({key(side, false), key(BTN_LEFT, false)}),
               written({key(BTN_LEFT, false)}));
     EXPECT_EQ(mouse.shown.size(), 2U) << "the tap hears of both";
+}
+
+TEST(MouseFrameTranslator, a_mouse_that_is_let_go_of_is_forgotten_and_what_was_let_down_let_up) {
+    Mouse mouse;
+    mouse.refused = {CGEventType::otherMouseDown};
+    mouse.send({key(BTN_LEFT, true), key(side, true), fine(30)});
+    EXPECT_EQ(mouse.letGo(), written({key(BTN_LEFT, false)}));
+    const Codes later{x(1), wheel(1), fine(90)};
+    EXPECT_EQ(mouse.send(later), written(later));
+    EXPECT_EQ(mouse.shown.front().type, CGEventType::mouseMoved);
 }
 
 TEST(MouseFrameTranslator, what_nobody_asks_for_is_not_shown_and_passes) {

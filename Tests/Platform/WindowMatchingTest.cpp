@@ -20,8 +20,8 @@ TEST(WindowMatching, a_window_belongs_to_the_application_that_its_surest_mark_na
     };
     const std::vector<DesktopEntry> entries{
         entry("app-notes", "browser", "crx_notes"),
+        entry("browse-link", "/usr/bin/browser", "Browser", false),
         entry("browser", "/usr/bin/browser", "Browser"),
-        entry("browser-url-handler", "/usr/bin/browser", "Browser", false),
         entry("gimp", "gimp-2.10"),
         entry("org.example.Files", "files"),
         entry("org.example.editor", "editor"),
