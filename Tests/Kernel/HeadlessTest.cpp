@@ -27,8 +27,8 @@ namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
 constexpr unsigned holdButton = 3;
-constexpr std::int16_t fastStep = 10;
-constexpr std::int16_t fastStepAsMoved = 60;  // so fast that the curve is at its highest gain
+constexpr std::int16_t fastStep = 500;
+constexpr std::int16_t fastStepAsMoved = 3000;  // at the highest gain, however late the next one is
 
 class Headless : public ::testing::Test {
   protected:
