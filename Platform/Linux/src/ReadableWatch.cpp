@@ -16,6 +16,11 @@ class ReadableWatch::Wait final : public std::enable_shared_from_this<Wait> {
           stream_(queue_->executor()),
           handler_(std::make_shared<Handler>(std::move(handler))) {}
 
+    ~Wait() { letGo(); }  // of a queue that has ended before it could
+
+    Wait(const Wait&) = delete;
+    Wait& operator=(const Wait&) = delete;
+
     bool begin(int descriptor) {
         asio::error_code error;
         stream_.assign(descriptor, error);

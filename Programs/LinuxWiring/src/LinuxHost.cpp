@@ -104,22 +104,23 @@ struct LinuxHost::Services {
         std::make_shared<HIDPPRunLoop>(dispatcher, hidTransport);
     EventSubscription wakings;
 
-    ~Services() { awaitLoosenedEnds(); }
+    ~Services() { awaitLooseEnds(); }
 
     /// An application that has gone leaves two things behind. The closing of its connection to the
     /// mouse takes some turns of the main executor. And what it released on the virtual devices has
     /// to be read while they are there: with a node the kernel drops what nobody has read of it.
     /// Desktops let go of what a vanished device held, but not every reader is a desktop.
-    void awaitLoosenedEnds() const {
+    void awaitLooseEnds() const {
         constexpr std::chrono::seconds patience{2};
         constexpr std::chrono::milliseconds readersTime{200};
         constexpr std::chrono::milliseconds turn{5};
         const TimePoint begin = dispatcher.clock().now();
+        const auto hasLasted = [&](auto duration) {
+            return dispatcher.clock().now() - begin >= duration;
+        };
         QTimer turns;  // so that waiting for an event ends
         turns.start(turn);
-        for (auto waited = begin - begin;
-             waited < readersTime || (waited < patience && hidRunLoop.use_count() > 1);
-             waited = dispatcher.clock().now() - begin)
+        while (!hasLasted(readersTime) || (hidRunLoop.use_count() > 1 && !hasLasted(patience)))
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
 };
