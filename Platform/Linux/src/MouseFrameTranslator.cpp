@@ -9,8 +9,6 @@
 namespace tessara {
 namespace {
 
-constexpr std::int64_t highResolutionPerLine = 120;
-
 std::optional<std::size_t> buttonOf(const input_event& event) {
     if (event.type != EV_KEY || event.code < BTN_LEFT || event.value < 0 || event.value > 1)
         return std::nullopt;
@@ -44,8 +42,8 @@ MouseFrameTranslator::Frame MouseFrameTranslator::translate(Frame frame, std::ui
     Turn verticalTurn;
     Turn horizontalTurn;
     const auto collect = [](const Wheel& wheel, const input_event& event, Turn& turn) {
-        if (event.code == wheel.lineCode) turn.lines += event.value;
-        if (event.code == wheel.highResolutionCode) {
+        if (event.code == wheel.codes.lines) turn.lines += event.value;
+        if (event.code == wheel.codes.highResolution) {
             turn.highResolution += event.value;
             turn.hasHighResolution = true;
         }
@@ -59,7 +57,8 @@ MouseFrameTranslator::Frame MouseFrameTranslator::translate(Frame frame, std::ui
     }
 
     const auto isOf = [](const Wheel& wheel, const input_event& event) {
-        return isRelative(event, wheel.lineCode) || isRelative(event, wheel.highResolutionCode);
+        return isRelative(event, wheel.codes.lines) ||
+               isRelative(event, wheel.codes.highResolution);
     };
     for (const input_event& event : frame) {
         if (const auto button = buttonOf(event)) {
@@ -152,14 +151,14 @@ void MouseFrameTranslator::turn(Wheel& wheel, Turn& turn) {
     turn.isDone = true;
     if (turn.lines != 0) {
         CGEvent event = makeEvent(CGEventType::scrollWheel);
-        event.setIntegerValue(wheel.field, wheel.sign * turn.lines);
+        event.setIntegerValue(wheel.field, wheel.codes.sign * turn.lines);
         wheel.passesHighResolution = show(event);
-        if (!turn.hasHighResolution) turn.highResolution = turn.lines * highResolutionPerLine;
+        if (!turn.hasHighResolution) turn.highResolution = turn.lines * unitsPerDetent;
     }
     wheel.heldBack += turn.highResolution;
     if (wheel.passesHighResolution) {
-        append(EV_REL, wheel.lineCode, turn.lines);
-        append(EV_REL, wheel.highResolutionCode, wheel.heldBack);
+        append(EV_REL, wheel.codes.lines, turn.lines);
+        append(EV_REL, wheel.codes.highResolution, wheel.heldBack);
     }
     if (wheel.passesHighResolution || turn.lines != 0) wheel.heldBack = 0;
 }

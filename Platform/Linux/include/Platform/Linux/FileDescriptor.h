@@ -43,12 +43,14 @@ class FileDescriptor final {
         }
     }
 
-    /// The number, negative for none. It stays this object's to close.
+    /// The number, negative for none. It stays this object's to close, and is not to be kept beyond
+    /// it: the kernel gives the same number out again.
     [[nodiscard]] int get() const noexcept { return number_; }
 
+    /// Whether it owns one.
     explicit operator bool() const noexcept { return number_ >= 0; }
 
-    /// Lets go of the descriptor without closing it.
+    /// Lets go of the descriptor without closing it, and answers with its number.
     [[nodiscard]] int release() noexcept { return std::exchange(number_, none); }
 
     /// Closes what it owns and owns `number` instead. Leaves errno as it was.

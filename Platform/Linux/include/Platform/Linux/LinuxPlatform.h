@@ -15,6 +15,9 @@ class HIDEventSystem;
 /// Everything of this platform, made in the right order and handed out as the seam's interfaces:
 /// what a program needs for an engine. It starts nothing that touches the user's input; that begins
 /// with a tap. Nothing of it may be asked of after it is gone.
+///
+/// The desktop's part (applications, Shortcuts, starting at login) and the mouse's own protocol are
+/// not in it: a program may do without them.
 class LinuxPlatform {
   public:
     /// `mice` are those that taps take over. Runs on real queues, so the dispatcher is a

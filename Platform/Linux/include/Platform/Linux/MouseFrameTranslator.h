@@ -11,6 +11,7 @@
 
 #include "Platform/CGEvent.h"
 #include "Platform/EventTaps.h"
+#include "Platform/Linux/ScrollToDetents.h"
 
 namespace tessara {
 
@@ -19,12 +20,16 @@ namespace tessara {
 /// nothing itself.
 ///
 /// A button that changes is an event, all motion of a frame is one, and each wheel that turns is
-/// one. What the frame says besides passes, but for a scan code, which goes with its button.
+/// one. What the frame says besides passes, but for a scan code, which goes with its button. The
+/// tap sees the raw counts; of a motion that it lets pass the deltas go on as it has left them.
 ///
-/// A wheel's high-resolution value goes with the line in its frame. One without a line is passed
-/// while the lines of that wheel are, and is otherwise kept until the next line: lost with that
-/// line, or passed together with it. A line that comes without one gets its 120, because readers of
-/// a device with such a wheel look at nothing else.
+/// Motion with buttons held is a drag of the lowest of them, whether the tap let them pass or not:
+/// it is the hand that drags.
+///
+/// A wheel's high-resolution value, of which the kernel counts 120 for a line, goes with the line
+/// in its frame. One without a line is passed while the lines of that wheel are, and is otherwise
+/// kept until the next line: lost with that line, or passed together with it. A line that comes
+/// without one gets its 120, because readers of a device with such a wheel look at nothing else.
 ///
 /// The release of a button whose press was let through goes through whatever the tap says: it would
 /// be held for good.
@@ -35,7 +40,8 @@ class MouseFrameTranslator {
     /// The most events that a frame may have, its `SYN_REPORT` included. 16 buttons with a scan
     /// code each, two axes and two wheels of both resolutions come to 39.
     static constexpr std::size_t frameCapacity = 64;
-    /// How many buttons there are: button n is `BTN_LEFT + n`.
+    /// How many buttons there are: button n is `BTN_LEFT + n`, as the kernel has the buttons of HID
+    /// mice. Other keys pass.
     static constexpr std::size_t buttonCount = 16;
 
     using Frame = std::span<const input_event>;
@@ -60,10 +66,8 @@ class MouseFrameTranslator {
   private:
     /// One of the two wheels.
     struct Wheel {
-        std::uint16_t lineCode = 0;
-        std::uint16_t highResolutionCode = 0;
+        WheelCodes codes;
         CGEventField field{};  ///< of the lines, in the event that is shown
-        int sign = 1;          ///< of the field, where the kernel's value is positive
         bool passesHighResolution = false;
         std::int64_t heldBack = 0;  ///< 120ths of a line
     };
@@ -97,14 +101,8 @@ class MouseFrameTranslator {
     const std::uint64_t eventsOfInterest_;
     std::bitset<buttonCount> held_;    ///< on the mouse
     std::bitset<buttonCount> passed_;  ///< of those, down for whoever reads what is written
-    Wheel vertical_{.lineCode = REL_WHEEL,
-                    .highResolutionCode = REL_WHEEL_HI_RES,
-                    .field = CGEventField::scrollWheelEventDeltaAxis1,
-                    .sign = 1};
-    Wheel horizontal_{.lineCode = REL_HWHEEL,
-                      .highResolutionCode = REL_HWHEEL_HI_RES,
-                      .field = CGEventField::scrollWheelEventDeltaAxis2,
-                      .sign = -1};  // the kernel's right is the engine's negative
+    Wheel vertical_{.codes = verticalWheel, .field = CGEventField::scrollWheelEventDeltaAxis1};
+    Wheel horizontal_{.codes = horizontalWheel, .field = CGEventField::scrollWheelEventDeltaAxis2};
 
     // Of the frame in work.
     EventTapService::Callback* tap_ = nullptr;

@@ -30,7 +30,7 @@ class SettledFocus {
     ~SettledFocus();
 
     /// Takes what the display server tells: an application, at once; or none, unless an application
-    /// follows in time.
+    /// follows within `settlingTime` of the first time that none was told.
     void see(std::optional<std::string> applicationID);
 
   private:

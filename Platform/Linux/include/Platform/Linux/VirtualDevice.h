@@ -34,6 +34,7 @@ class VirtualDevice {
     /// releases by then does not get them any more.
     void close();
 
+    /// Whether there is a device, be it one that takes no frames any more.
     [[nodiscard]] bool isOpen() const { return sink_ != nullptr; }
 
     /// Writes a frame, its `SYN_REPORT` last, and notes which keys and buttons it changes. False

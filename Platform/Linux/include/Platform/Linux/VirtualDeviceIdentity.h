@@ -27,7 +27,7 @@ inline constexpr VirtualDeviceIdentity virtualKeyboardIdentity{.name = "Tessara 
                                                                .product = 0x0002};
 
 /// Whether an input node with these numbers is a virtual device of this program, in this process or
-/// in another.
+/// in another. The version does not count: another release's devices are ours too.
 [[nodiscard]] constexpr bool isOurs(const input_id& id) {
     return id.bustype == VirtualDeviceIdentity::bus && id.vendor == VirtualDeviceIdentity::vendor &&
            (id.product == virtualMouseIdentity.product ||

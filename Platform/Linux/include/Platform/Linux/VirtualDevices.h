@@ -12,7 +12,9 @@ namespace tessara {
 /// knows them when the first event comes, and stay until the session ends: what the engine
 /// releases after its tap is gone still finds them there. Any thread, as each of them.
 struct VirtualDevices {
+    /// For what the taps let pass, glides, and buttons of macros.
     VirtualMouse mouse;
+    /// For keys and modifiers of bindings.
     VirtualKeyboard keyboard;
 
     /// Makes both, as far as they are not there already; a mouse without a keyboard

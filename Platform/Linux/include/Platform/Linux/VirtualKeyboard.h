@@ -32,7 +32,8 @@ class VirtualKeyboard {
     /// the kernel has no key for does nothing; a frame that cannot be written is dropped.
     void setKey(std::uint16_t virtualCode, bool isDown);
 
-    /// The keys that this keyboard holds, modifiers included. Read without a lock on any thread.
+    /// The keys that this keyboard holds, modifiers included: what has been written to it, which a
+    /// desktop reads a moment later. Read without a lock on any thread.
     [[nodiscard]] const KeyboardState& held() const { return held_; }
 
   private:
