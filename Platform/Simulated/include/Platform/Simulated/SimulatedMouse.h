@@ -3,16 +3,13 @@
 #include <array>
 #include <chrono>
 #include <cstdint>
-#include <deque>
 #include <functional>
-#include <map>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
 #include <variant>
 #include <vector>
-
-#include "Platform/Dispatch/Mutex.h"
 
 namespace tessara {
 
@@ -77,6 +74,7 @@ class SimulatedMouse {
     using Output = std::function<void(const Bytes& report, std::chrono::nanoseconds delay)>;
 
     explicit SimulatedMouse(SimulatedMouseDescription description = {});
+    ~SimulatedMouse();
 
     SimulatedMouse(const SimulatedMouse&) = delete;
     SimulatedMouse& operator=(const SimulatedMouse&) = delete;
@@ -127,62 +125,11 @@ class SimulatedMouse {
     [[nodiscard]] std::optional<std::uint8_t> featureIndex(std::uint16_t id) const;
 
   private:
-    struct Settings {
-        std::uint16_t dpi = 0;
-        std::uint8_t reportInterval = 0;
-        std::uint8_t wheelMode = 0;
-        std::uint8_t onboardMode = 1;
-    };
-    /// One request, taken apart.
-    struct Request {
-        std::uint8_t reportID = 0;
-        std::uint8_t deviceIndex = 0;
-        std::uint8_t featureIndex = 0;
-        std::uint8_t functionByte = 0;
-        std::span<const std::uint8_t> parameters;
+    struct State;
 
-        [[nodiscard]] unsigned function() const { return functionByte >> 4U; }
-        [[nodiscard]] std::uint8_t parameter(std::size_t i) const {
-            return i < parameters.size() ? parameters[i] : std::uint8_t{0};
-        }
-        [[nodiscard]] std::uint16_t word(std::size_t i) const {
-            return static_cast<std::uint16_t>(parameter(i) << 8U | parameter(i + 1));
-        }
-    };
-    /// The payload of a reply, or the code of a HID++ 2.0 error.
-    using Answer = std::variant<Bytes, std::uint8_t>;
-    struct Sending {
-        Output output;
-        std::function<void()> onVanish;
-        std::vector<std::pair<Bytes, std::chrono::nanoseconds>> reports;
-        bool vanishes = false;
-    };
-
-    [[nodiscard]] Settings defaults() const;
-    void reply(const Request& request, Sending& sending) TESSARA_REQUIRES(mutex_);
-    [[nodiscard]] Answer answer(const Request& request) TESSARA_REQUIRES(mutex_);
-    [[nodiscard]] Answer answerRoot(const Request& request) const;
-    [[nodiscard]] Answer answerFeatureSet(const Request& request) const;
-    [[nodiscard]] Answer answerDeviceInformation(const Request& request) const;
-    [[nodiscard]] Answer answerName(const Request& request) const;
-    [[nodiscard]] Answer answerDPI(const Request& request) TESSARA_REQUIRES(mutex_);
-    [[nodiscard]] Answer answerReportRate(const Request& request) TESSARA_REQUIRES(mutex_);
-    [[nodiscard]] Answer answerWheel(const Request& request) TESSARA_REQUIRES(mutex_);
-    [[nodiscard]] Answer answerOnboardProfiles(const Request& request) TESSARA_REQUIRES(mutex_);
-    [[nodiscard]] bool offersDPI(std::uint16_t dpi) const;
     void send(const Bytes& report);
 
-    const SimulatedMouseDescription description_;
-
-    mutable Mutex mutex_;
-    Settings settings_ TESSARA_GUARDED_BY(mutex_);
-    bool isRatchetEngaged_ TESSARA_GUARDED_BY(mutex_) = true;
-    Output output_ TESSARA_GUARDED_BY(mutex_);
-    std::function<void()> onVanish_ TESSARA_GUARDED_BY(mutex_);
-    std::deque<Fault> faults_ TESSARA_GUARDED_BY(mutex_);
-    std::uint8_t errorCode_ TESSARA_GUARDED_BY(mutex_) = 8;
-    std::chrono::nanoseconds lateness_ TESSARA_GUARDED_BY(mutex_) = std::chrono::seconds(2);
-    std::size_t requestCount_ TESSARA_GUARDED_BY(mutex_) = 0;
+    const std::unique_ptr<State> state_;
 };
 
 }  // namespace tessara

@@ -1,10 +1,9 @@
+#include "SimulatedFirmware.h"
+
 #include <algorithm>
-#include <span>
 
-#include "Platform/Dispatch/Mutex.h"
-#include "Platform/Simulated/SimulatedMouse.h"
+#include "SimulatedFeatureIDs.h"
 
-/// What the simulated firmware answers, feature by feature.
 namespace tessara {
 namespace {
 
@@ -25,39 +24,51 @@ std::uint8_t low(std::uint16_t word) {
 
 }  // namespace
 
-SimulatedMouse::Answer SimulatedMouse::answer(const Request& request) {
+SimulatedFirmware::Settings SimulatedFirmware::defaultsOf(
+    const SimulatedMouseDescription& description) {
+    return {.dpi = description.defaultDPI, .reportInterval = description.defaultReportInterval};
+}
+
+std::optional<std::uint8_t> SimulatedFirmware::featureIndex(std::uint16_t id) const {
+    const auto found = std::ranges::find(description_.features, id, &SimulatedFeature::id);
+    if (found == description_.features.end()) return std::nullopt;
+    return static_cast<std::uint8_t>(found - description_.features.begin());
+}
+
+SimulatedFirmware::Answer SimulatedFirmware::answer(const SimulatedRequest& request) {
     if (request.featureIndex >= description_.features.size()) return invalidFeatureIndex;
     switch (description_.features[request.featureIndex].id) {
-        case 0x0000:
+        case SimulatedFeatureID::root:
             return answerRoot(request);
-        case 0x0001:
+        case SimulatedFeatureID::featureSet:
             return answerFeatureSet(request);
-        case 0x0003:
+        case SimulatedFeatureID::deviceInformation:
             return answerDeviceInformation(request);
-        case 0x0005:
+        case SimulatedFeatureID::deviceName:
             return answerName(request);
-        case 0x2201:
+        case SimulatedFeatureID::adjustableDPI:
             return answerDPI(request);
-        case 0x8060:
+        case SimulatedFeatureID::reportRate:
             return answerReportRate(request);
-        case 0x2121:
+        case SimulatedFeatureID::wheel:
             return answerWheel(request);
-        case 0x8100:
+        case SimulatedFeatureID::onboardProfiles:
             return answerOnboardProfiles(request);
         default:
             return invalidFunction;
     }
 }
 
-SimulatedMouse::Answer SimulatedMouse::answerRoot(const Request& request) const {
+SimulatedFirmware::Answer SimulatedFirmware::answerRoot(const SimulatedRequest& request) const {
+    enum Function : unsigned { getFeature, ping };
     switch (request.function()) {
-        case 0: {
+        case getFeature: {
             const auto index = featureIndex(request.word(0));
             if (!index) return Bytes{0, 0, 0};
             const SimulatedFeature& feature = description_.features[*index];
             return Bytes{*index, feature.type, feature.version};
         }
-        case 1:
+        case ping:
             return Bytes{description_.protocolVersion[0], description_.protocolVersion[1],
                          request.parameter(2)};
         default:
@@ -65,12 +76,14 @@ SimulatedMouse::Answer SimulatedMouse::answerRoot(const Request& request) const 
     }
 }
 
-SimulatedMouse::Answer SimulatedMouse::answerFeatureSet(const Request& request) const {
+SimulatedFirmware::Answer SimulatedFirmware::answerFeatureSet(
+    const SimulatedRequest& request) const {
+    enum Function : unsigned { getCount, getFeatureID };
     const auto& features = description_.features;
     switch (request.function()) {
-        case 0:  // the root feature is not counted
+        case getCount:  // the root feature is not counted
             return Bytes{static_cast<std::uint8_t>(features.size() - 1)};
-        case 1: {
+        case getFeatureID: {
             if (request.parameter(0) >= features.size()) return outOfRange;
             const SimulatedFeature& feature = features[request.parameter(0)];
             return Bytes{high(feature.id), low(feature.id), feature.type, feature.version};
@@ -80,7 +93,8 @@ SimulatedMouse::Answer SimulatedMouse::answerFeatureSet(const Request& request) 
     }
 }
 
-SimulatedMouse::Answer SimulatedMouse::answerDeviceInformation(const Request& request) const {
+SimulatedFirmware::Answer SimulatedFirmware::answerDeviceInformation(
+    const SimulatedRequest& request) const {
     if (request.function() != 0) return invalidFunction;
     constexpr std::uint8_t usb = 0x08;
     Bytes payload{1};
@@ -90,12 +104,13 @@ SimulatedMouse::Answer SimulatedMouse::answerDeviceInformation(const Request& re
     return payload;
 }
 
-SimulatedMouse::Answer SimulatedMouse::answerName(const Request& request) const {
+SimulatedFirmware::Answer SimulatedFirmware::answerName(const SimulatedRequest& request) const {
+    enum Function : unsigned { getLength, getChunk };
     const std::string& name = description_.name;
     switch (request.function()) {
-        case 0:
+        case getLength:
             return Bytes{static_cast<std::uint8_t>(name.size())};
-        case 1: {
+        case getChunk: {
             const std::size_t offset = request.parameter(0);
             if (offset >= name.size()) return outOfRange;
             const std::string chunk = name.substr(offset, chunkSize);
@@ -106,7 +121,7 @@ SimulatedMouse::Answer SimulatedMouse::answerName(const Request& request) const 
     }
 }
 
-bool SimulatedMouse::offersDPI(std::uint16_t dpi) const {
+bool SimulatedFirmware::offersDPI(std::uint16_t dpi) const {
     if (const auto* list = std::get_if<SimulatedMouseDescription::DPIList>(&description_.dpi)) {
         return std::ranges::find(*list, dpi) != list->end();
     }
@@ -114,12 +129,13 @@ bool SimulatedMouse::offersDPI(std::uint16_t dpi) const {
     return dpi >= range.minimum && dpi <= range.maximum;
 }
 
-SimulatedMouse::Answer SimulatedMouse::answerDPI(const Request& request) {
-    if (request.function() > 0 && request.parameter(0) != 0) return invalidArgument;
+SimulatedFirmware::Answer SimulatedFirmware::answerDPI(const SimulatedRequest& request) {
+    enum Function : unsigned { getSensorCount, getList, getDPI, setDPI };
+    if (request.function() != getSensorCount && request.parameter(0) != 0) return invalidArgument;
     switch (request.function()) {
-        case 0:
+        case getSensorCount:
             return Bytes{1};
-        case 1: {
+        case getList: {
             Bytes payload{0};
             const auto append = [&](std::uint16_t word) {
                 payload.insert(payload.end(), {high(word), low(word)});
@@ -136,67 +152,77 @@ SimulatedMouse::Answer SimulatedMouse::answerDPI(const Request& request) {
             append(0);
             return payload;
         }
-        case 2:
-            return Bytes{0, high(settings_.dpi), low(settings_.dpi), high(description_.defaultDPI),
+        case getDPI:
+            return Bytes{0, high(settings.dpi), low(settings.dpi), high(description_.defaultDPI),
                          low(description_.defaultDPI)};
-        case 3:
+        case setDPI:
             if (!offersDPI(request.word(1))) return outOfRange;
-            settings_.dpi = request.word(1);
-            return Bytes{0, high(settings_.dpi), low(settings_.dpi)};
+            settings.dpi = request.word(1);
+            return Bytes{0, high(settings.dpi), low(settings.dpi)};
         default:
             return invalidFunction;
     }
 }
 
-SimulatedMouse::Answer SimulatedMouse::answerReportRate(const Request& request) {
+SimulatedFirmware::Answer SimulatedFirmware::answerReportRate(const SimulatedRequest& request) {
+    enum Function : unsigned { getList, getInterval, setInterval };
     const std::uint8_t interval = request.parameter(0);
     switch (request.function()) {
-        case 0:
+        case getList:
             return Bytes{description_.reportRates};
-        case 1:
-            return Bytes{settings_.reportInterval};
-        case 2:
+        case getInterval:
+            return Bytes{settings.reportInterval};
+        case setInterval:
             if (interval < 1 || interval > 8) return outOfRange;
             if ((description_.reportRates >> (interval - 1U) & 1U) == 0) return outOfRange;
-            settings_.reportInterval = interval;
+            settings.reportInterval = interval;
             return Bytes{};
         default:
             return invalidFunction;
     }
 }
 
-SimulatedMouse::Answer SimulatedMouse::answerWheel(const Request& request) {
+SimulatedFirmware::Answer SimulatedFirmware::answerWheel(const SimulatedRequest& request) {
+    enum Function : unsigned { getCapability, getMode, setMode, getRatchetState };
     switch (request.function()) {
-        case 0:
+        case getCapability:
             return Bytes(description_.wheelCapability.begin(), description_.wheelCapability.end());
-        case 1:
-            return Bytes{settings_.wheelMode};
-        case 2:
-            settings_.wheelMode = request.parameter(0) & 0x07U;
-            return Bytes{settings_.wheelMode};
-        case 3:
-            return Bytes{static_cast<std::uint8_t>(isRatchetEngaged_)};
+        case getMode:
+            return Bytes{settings.wheelMode};
+        case setMode:
+            settings.wheelMode = request.parameter(0) & 0x07U;
+            return Bytes{settings.wheelMode};
+        case getRatchetState:
+            return Bytes{static_cast<std::uint8_t>(isRatchetEngaged)};
         default:
             return invalidFunction;
     }
 }
 
-SimulatedMouse::Answer SimulatedMouse::answerOnboardProfiles(const Request& request) {
+SimulatedFirmware::Answer SimulatedFirmware::answerOnboardProfiles(
+    const SimulatedRequest& request) {
+    enum Function : unsigned {
+        getDescription = 0,
+        setMode = 1,
+        getMode = 2,
+        getProfile = 4,
+        readMemory = 5
+    };
     constexpr std::uint16_t sectorSize = 255;
     constexpr std::uint8_t sectorCount = 16;
     switch (request.function()) {
-        case 0:
+        case getDescription:
             return Bytes{1,    5, 1, 5, 1, 13, sectorCount, high(sectorSize), low(sectorSize),
                          0x0A, 1};
-        case 1:
+        case setMode:
             if (request.parameter(0) < 1 || request.parameter(0) > 2) return invalidArgument;
-            settings_.onboardMode = request.parameter(0);
+            settings.onboardMode = request.parameter(0);
             return Bytes{};
-        case 2:
-            return Bytes{settings_.onboardMode};
-        case 4:
+        case getMode:
+            return Bytes{settings.onboardMode};
+        case getProfile:
             return Bytes{0, 1};
-        case 5: {
+        case readMemory: {
             const std::uint16_t sector = request.word(0);
             const std::uint16_t offset = request.word(2);
             if (sector >= sectorCount || offset + chunkSize > sectorSize) return outOfRange;
