@@ -187,6 +187,7 @@ void DeskModel::readReceived() {
         for (const CGEvent& event : application->takeReceived())
             log_.append(nameOf(*application), event);
     }
+    host_.desktop.events().takeJournal();  // or it would grow for as long as the Desk is open
 }
 
 }  // namespace tessara

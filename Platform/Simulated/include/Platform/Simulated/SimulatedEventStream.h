@@ -84,7 +84,8 @@ class SimulatedEventStream : public std::enable_shared_from_this<SimulatedEventS
     /// server's queue or on a tap's.
     void settle();
 
-    /// What became of every event so far, oldest first.
+    /// What became of every event so far, oldest first. It grows until it is taken: a program that
+    /// runs for long takes it now and then.
     [[nodiscard]] std::vector<SimulatedPassage> journal() const;
 
     /// As `journal`, and forgets it.
