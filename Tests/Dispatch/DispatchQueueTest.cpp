@@ -74,8 +74,10 @@ TEST_P(DispatchQueueTest,
     const auto start = now();
     queue->post([&] {  // so that none of them runs before all are posted
         std::minstd_rand random(1);
+        std::vector<std::unique_ptr<DispatchTimer>> cancelled;  // they leave the order as it is
         for (int order = 0; order < 300; ++order) {
             const auto deadline = start + nanoseconds(100'000) * (random() % 20);
+            cancelled.push_back(queue->startTimer(deadline, milliseconds(1), {}, [] { FAIL(); }));
             queue->postAt(deadline, [&, posted = Posted{deadline, order}] {
                 EXPECT_GE(now(), posted.deadline);
                 ran.push_back(posted);

@@ -42,7 +42,7 @@ TEST_P(DispatchTimerTest, destroyed_from_its_own_handler_leaves_the_handler_whol
     onQueue([&] {
         timer = queue->startTimer(first, microseconds(100), {}, [&, token = std::move(token)] {
             timer.reset();
-            firings += *token;
+            if (!weakToken.expired()) firings += *token;
         });
     });
     runUntil(first + milliseconds(1));
@@ -59,6 +59,16 @@ TEST_P(DispatchTimerTest, cancelled_by_another_timer_that_is_due_with_it_does_no
     });
     runUntil(first + milliseconds(1));
     EXPECT_EQ(firings, 0);
+}
+
+TEST_P(DispatchTimerTest, with_a_leeway_holds_up_no_block_that_is_due_before_it_has_to_fire) {
+    const auto first = now() + milliseconds(1);
+    onQueue([&] {
+        timer = queue->startTimer(first, std::chrono::hours(1), std::chrono::hours(1),
+                                  [&] { ++firings; });
+    });
+    runUntil(first + milliseconds(1));
+    EXPECT_EQ(firings, 1);
 }
 
 TEST_P(DispatchTimerTest, its_handlers_captures_go_when_it_is_cancelled) {
