@@ -59,7 +59,6 @@ TEST_F(EventStreamTest, what_is_in_flight_when_a_subscription_ends_is_not_delive
     stream.emit(1);
     subscription.cancel();
     subscription.cancel();
-    EXPECT_FALSE(subscription.isActive());
     stream.emit(2);
     dispatcher.runReady();
     EXPECT_THAT(heard, IsEmpty());
@@ -70,7 +69,7 @@ TEST_F(EventStreamTest, a_subscription_ends_with_its_handle_and_moves_with_it) {
     auto held = stream.subscribe(queue, into(heard));
     {
         const auto moved = std::move(held);
-        EXPECT_TRUE(moved.isActive());
+        EXPECT_EQ(stream.listenerCount(), 1);
         held = stream.subscribe(queue, into(heardByAnother));
     }
     EXPECT_EQ(stream.listenerCount(), 1);

@@ -181,16 +181,14 @@ inline void CGEvent::setDoubleValue(CGEventField field, double value) {
     doubles_ |= std::uint32_t{1} << slot;
 }
 
-/// The bits of `CGEvent::flags`: nine that say which modifier is in force, and below them one for
-/// each physical key.
+/// The bits of `CGEvent::flags` that say which modifier is in force, of whichever key. Below them
+/// stands one bit for each physical key (`ModifierKey::deviceFlag`).
 namespace CGEventFlagMask {
 inline constexpr std::uint64_t alphaShift = 0x10000;
 inline constexpr std::uint64_t shift = 0x20000;
 inline constexpr std::uint64_t control = 0x40000;
 inline constexpr std::uint64_t alternate = 0x80000;
 inline constexpr std::uint64_t command = 0x100000;
-inline constexpr std::uint64_t numericPad = 0x200000;
-inline constexpr std::uint64_t help = 0x400000;
 inline constexpr std::uint64_t secondaryFn = 0x800000;
 }  // namespace CGEventFlagMask
 

@@ -26,15 +26,19 @@ class UserDefaults {
 
     /// The value if it is a boolean; nothing for an absent key or another type.
     [[nodiscard]] std::optional<bool> boolean(const std::string& key) const {
-        const auto value = object(key);
-        const bool* stored = value ? std::get_if<bool>(&*value) : nullptr;
-        return stored ? std::optional(*stored) : std::nullopt;
+        return valueOf<bool>(key);
     }
 
     /// The value if it is an integer; nothing for an absent key or another type.
     [[nodiscard]] std::optional<std::int64_t> integer(const std::string& key) const {
+        return valueOf<std::int64_t>(key);
+    }
+
+  private:
+    template <typename Stored>
+    [[nodiscard]] std::optional<Stored> valueOf(const std::string& key) const {
         const auto value = object(key);
-        const std::int64_t* stored = value ? std::get_if<std::int64_t>(&*value) : nullptr;
+        const Stored* const stored = value ? std::get_if<Stored>(&*value) : nullptr;
         return stored ? std::optional(*stored) : std::nullopt;
     }
 };

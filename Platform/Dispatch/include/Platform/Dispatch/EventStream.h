@@ -36,8 +36,6 @@ class EventSubscription {
         if (auto onCancel = std::exchange(onCancel_, nullptr)) onCancel();
     }
 
-    [[nodiscard]] bool isActive() const noexcept { return static_cast<bool>(onCancel_); }
-
   private:
     std::move_only_function<void()> onCancel_;
 };
