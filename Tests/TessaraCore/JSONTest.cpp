@@ -188,7 +188,7 @@ TEST(JSON, each_fault_of_a_structure_is_named_with_its_place) {
 
 TEST(JSON, text_that_is_not_json_is_refused_with_line_and_column) {
     const auto nested = [](std::size_t depth) {
-        return R"({"any":{"x":)" + std::string(depth, '[') + std::string(depth, ']') + "}}";
+        return R"({"any":{"\"[":)" + std::string(depth, '[') + std::string(depth, ']') + "}}";
     };
     struct Case {
         std::string json;
@@ -203,7 +203,7 @@ TEST(JSON, text_that_is_not_json_is_refused_with_line_and_column) {
         {R"({"exact":{"_0":"\ud800"}})", "not valid JSON at line 1, column "},
         {"{\"exact\":{\"_0\":\"\xC0\x80\"}}", "not valid JSON at line 1, column 17: "},
         {nested(510), "decoded"},
-        {nested(511), "not valid JSON at line 1, column 523: nested deeper than 512 levels"},
+        {nested(511), "not valid JSON at line 1, column 525: nested deeper than 512 levels"},
         {std::string(100'000, '['), "not valid JSON at line 1, column 513: nested deeper"},
         {std::string(1'000'000, '{'), "not valid JSON at line 1, column 2: "}};
     for (const auto& [json, expected] : cases) {

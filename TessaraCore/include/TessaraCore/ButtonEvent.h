@@ -7,7 +7,8 @@
 namespace tessara {
 
 /// One press or release of a button of the mouse, as the hand makes it; what the program itself
-/// posts is told by `ButtonIntent`.
+/// posts is told by `ButtonIntent`. A press and its release need not be of the same modifiers, and
+/// a release need not have a press: the stream of events may begin or break off anywhere.
 struct ButtonEvent {
     /// 0 left, 1 right, 2 middle, 3 and up the extra buttons.
     std::int64_t button = 0;

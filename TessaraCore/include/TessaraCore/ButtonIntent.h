@@ -41,7 +41,8 @@ struct DelayIntent {
     bool operator==(const DelayIntent&) const = default;
 };
 
-/// Press a button of the mouse, whichever was really pressed.
+/// Press a button of the mouse, whichever was really pressed, and leave it down until a
+/// `MouseButtonUpIntent` of the same number.
 struct MouseButtonDownIntent {
     std::int64_t number = 0;
     bool operator==(const MouseButtonDownIntent&) const = default;
@@ -87,6 +88,9 @@ struct RunShortcutIntent {
 
 /// One thing that the button router asks the rest of the program to do. The router does none of it
 /// itself. Intents are carried out in their order, and those of one event before those of the next.
+///
+/// A key stroke is a `KeyDownIntent` and a `KeyUpIntent`, a held key the one at the press and the
+/// other at the release of its button.
 ///
 /// An intent is never stored; what a document holds is the `Action` that it comes from.
 using ButtonIntent =

@@ -20,7 +20,7 @@ namespace tessara {
 template <typename T>
 concept CheckedInteger = std::integral<T> && !std::same_as<T, bool>;
 
-/// The sum of two integers; stops the process when the type cannot hold it.
+/// The sum of two integers of one type; stops the process when that type cannot hold it.
 template <CheckedInteger T>
 [[nodiscard]] constexpr T checkedAdd(T a, T b) {
     T result{};

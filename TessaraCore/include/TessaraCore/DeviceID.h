@@ -16,7 +16,7 @@ struct DeviceID {
     /// Given by the engine; the number itself has no meaning.
     std::uint64_t rawValue = 0;
 
-    /// The device of an event that names none.
+    /// The device of an event that names none, the number 0. Several devices may hide behind it.
     static const DeviceID unknown;
 
     /// "DeviceID(17)", for people to read.

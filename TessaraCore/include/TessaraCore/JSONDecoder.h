@@ -66,6 +66,7 @@ void decodeFields(JSONValue value, const Path& path, T& result) {
     constexpr std::size_t count = std::tuple_size_v<std::remove_cvref_t<decltype(fields)>>;
     std::array<bool, count> seen{};
 
+    // Whether `field`, the i-th, is the one of `member`; reads it if so.
     const auto decodeMember = [&](JSONValue member, std::size_t i, const auto& field) {
         if (member.key() != field.key) return false;
         const Path memberPath = path.member(field.key);
@@ -73,12 +74,14 @@ void decodeFields(JSONValue value, const Path& path, T& result) {
         decode(member, memberPath, result.*field.member);
         return true;
     };
+    // An optional field that is not there stays as it was made: empty.
     const auto requireMember = [&](std::size_t i, const auto& field) {
         using Member = std::remove_cvref_t<decltype(result.*field.member)>;
         if (!isOptional<Member> && !seen[i]) failMissing(path.member(field.key));
     };
     [&]<std::size_t... I>(std::index_sequence<I...>) {
         for ([[maybe_unused]] const JSONValue member : value.children()) {
+            // Ends at the first field that takes the member; one that none takes is unknown.
             static_cast<void>((decodeMember(member, I, std::get<I>(fields)) || ...));
         }
         (requireMember(I, std::get<I>(fields)), ...);
@@ -101,6 +104,8 @@ void decodeCases(JSONValue value, const Path& path, T& result) {
     }
     if (!payload) failNumberOfKeys(path);
 
+    // Which case it is becomes known when this runs, its type has to be known when it is compiled:
+    // so each index is tried, and the one that was chosen reads the payload.
     [&]<std::size_t... I>(std::index_sequence<I...>) {
         static_cast<void>(((I == chosen && (decode(*payload, path.member(storedCases<T>[I]),
                                                    result.template emplace<I>()),
@@ -117,6 +122,7 @@ void decode(JSONValue value, const Path& path, T& result) {
         static_assert(storedCases<T>.size() == std::variant_size_v<T>);
         decodeCases(value, path, result);
     } else if constexpr (isOptional<T>) {
+        // Null is as good as absence.
         if (value.isNull()) return result.reset();
         decode(value, path, result.emplace());
     } else if constexpr (isVector<T>) {
@@ -126,6 +132,7 @@ void decode(JSONValue value, const Path& path, T& result) {
             decode(element, elementPath, result.emplace_back());
         }
     } else if constexpr (RawRepresentable<T>) {
+        // An enumeration goes by the name of the enumerator.
         const std::optional<std::string_view> name = value.string();
         if (!name) failExpecting(path, "a string", value);
         const std::optional<T> known = fromRawValue<T>(*name);

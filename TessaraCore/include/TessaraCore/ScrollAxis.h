@@ -12,8 +12,10 @@ namespace tessara {
 /// The axis that a wheel event moves along. One event has one axis; a device that turns both wheels
 /// at once sends two events. For a choice of axes there is `ScrollAxes`.
 enum class ScrollAxis : std::uint8_t {
-    vertical,   ///< the main wheel: pages go up and down
-    horizontal  ///< the wheel tilted or turned sideways: pages go left and right
+    /// The main wheel: pages go up and down.
+    vertical,
+    /// The wheel tilted or turned sideways: pages go left and right.
+    horizontal
 };
 
 /// The stored and printed names of the axes.

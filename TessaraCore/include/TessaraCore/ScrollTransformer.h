@@ -46,8 +46,9 @@ using ScrollOutcome = std::variant<ScrollPassThrough, ScrollAnimate, ScrollIgnor
 ///     multiplier = min(1 + accelerationGain * s, maxAccelerationMultiplier)
 ///     total      = round(carried + direction * multiplier * pixelsPerDetent * lines)
 ///
-/// within plus and minus `maxInFlightPixels`, halves rounded away from zero. A frame at a time t of
-/// a plan of length d, which starts at p on the easing curve e, has reached
+/// within plus and minus `maxInFlightPixels`, halves rounded away from zero; inversion turns the
+/// direction. A frame at a time t of a plan of length d, which starts at p on the easing curve e,
+/// at 0.999 if it would be later, has reached
 ///
 ///     round(total * (e(p + (1 - p) * t / d) - e(p)) / (1 - e(p)))
 ///

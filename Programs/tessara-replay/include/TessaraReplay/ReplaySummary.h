@@ -70,20 +70,24 @@ class ReplaySummary {
     std::size_t events_;
     double pixelsPerLine_;
 
+    // The wheel under the hand.
     std::int64_t clicks_ = 0;
     std::int64_t clicksPassed_ = 0;
     std::int64_t lines_ = 0;  // of the clicks that were not passed, whatever their direction
 
+    // What became of it. A gesture that is still open counts as a glide, and can't be the longest.
     std::int64_t glides_ = 0;
     std::int64_t steps_ = 0;
     std::int64_t pixelsPosted_ = 0;
     std::map<ScrollAxis, Glide> openGlides_;
     std::optional<Glide> longest_;
 
+    // Motion: the counts of both axes, each way, before and after.
     std::int64_t motions_ = 0;
     std::int64_t countsIn_ = 0;
     std::int64_t countsOut_ = 0;
 
+    // What went down and up, and what else was asked for.
     Strokes handButtons_;
     Strokes postedButtons_;
     Strokes postedKeys_;
