@@ -100,6 +100,21 @@ TEST_F(SettingsViewModelTest, a_document_that_cannot_be_read_has_three_ways_out)
     EXPECT_EQ(host.files.contents(SimulatedAppHost::configPath), mine);
 }
 
+TEST_F(SettingsViewModelTest, what_the_session_hides_is_told_until_the_user_knows) {
+    open();
+    const auto limit = [this](const char* reason) {
+        host.desktop.workspace().setLimitation(reason);
+        dispatcher.advance(seconds(5));
+        return titles().size();
+    };
+    EXPECT_EQ(limit("No window can be seen."), 1U);
+    EXPECT_EQ(notice(0).message(), "No window can be seen.");
+    perform(0, 0);
+    EXPECT_THAT(titles(), IsEmpty());
+    EXPECT_EQ(limit("No window can be seen."), 0U);
+    EXPECT_EQ(limit("The compositor has gone."), 1U) << "that is news";
+}
+
 TEST_F(SettingsViewModelTest, the_tabs_name_the_window_and_some_edit_a_profile) {
     open();
     QSignalSpy changes(settings.get(), &SettingsViewModel::selectedTabChanged);

@@ -125,6 +125,16 @@ std::optional<std::string> SimulatedWorkspace::displayName(const std::string& bu
     return found->description().displayName;
 }
 
+void SimulatedWorkspace::setLimitation(std::string sentence) {
+    MutexLock lock(mutex_);
+    limitation_ = std::move(sentence);
+}
+
+std::optional<std::string> SimulatedWorkspace::limitation() const {
+    MutexLock lock(mutex_);
+    return limitation_;
+}
+
 SimulatedApplication* SimulatedWorkspace::find(const std::string& bundleID) const {
     const auto found = std::ranges::find_if(installed_, [&](const auto& application) {
         return application->description().bundleID == bundleID;

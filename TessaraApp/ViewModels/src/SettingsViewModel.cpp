@@ -20,6 +20,7 @@ SettingsViewModel::SettingsViewModel(AppModel& model, QObject* parent)
     const auto refresh = &SettingsViewModel::refreshNotices;
     connect(&model.store(), &ConfigStore::problemChanged, this, refresh);
     connect(&model, &AppModel::permissionsChanged, this, refresh);
+    connect(&model, &AppModel::statusChanged, this, refresh);
     connect(&model.preferences(), &AppPreferences::isPausedByUserChanged, this, refresh);
 }
 
@@ -91,8 +92,10 @@ void SettingsViewModel::refreshNotices() {
 
 std::vector<std::unique_ptr<Notice>> SettingsViewModel::makeNotices() {
     std::vector<std::unique_ptr<Notice>> notices;
-    if (auto notice = makeProblemNotice()) notices.push_back(std::move(notice));
-    if (auto notice = makeStateNotice()) notices.push_back(std::move(notice));
+    for (auto& notice : {&SettingsViewModel::makeProblemNotice, &SettingsViewModel::makeStateNotice,
+                         &SettingsViewModel::makeLimitationNotice}) {
+        if (auto made = (this->*notice)()) notices.push_back(std::move(made));
+    }
     return notices;
 }
 
@@ -129,6 +132,18 @@ std::unique_ptr<Notice> SettingsViewModel::makeStateNotice() {
             std::vector<Notice::Action>{{tr("Resume"), [this] { model_.setPausedByUser(false); }}});
     }
     return nullptr;
+}
+
+std::unique_ptr<Notice> SettingsViewModel::makeLimitationNotice() {
+    const auto& limitation = model_.status().workspaceLimitation;
+    if (!limitation || limitation == knownLimitation_) return nullptr;
+    return std::make_unique<Notice>(
+        Notice::Kind::informational, tr("Profiles cannot follow every application here"),
+        QString::fromStdString(*limitation),
+        std::vector<Notice::Action>{{tr("Got It"), [this, known = *limitation] {
+                                         knownLimitation_ = known;
+                                         refreshNotices();
+                                     }}});
 }
 
 }  // namespace tessara

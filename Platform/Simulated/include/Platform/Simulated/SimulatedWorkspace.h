@@ -46,6 +46,9 @@ class SimulatedWorkspace final : public WorkspaceService {
     /// Ends the application; if it was in front none is, unannounced.
     void quit(SimulatedApplication& application);
 
+    /// From now on the session is one that cannot tell the application in front, for that reason.
+    void setLimitation(std::string sentence);
+
     /// Every call of `openApplication`, oldest first.
     [[nodiscard]] std::vector<Opening> openings() const;
 
@@ -61,6 +64,7 @@ class SimulatedWorkspace final : public WorkspaceService {
     [[nodiscard]] std::vector<RunningApplication> runningApplications() const override;
     [[nodiscard]] std::optional<std::string> displayName(
         const std::string& bundleID) const override;
+    [[nodiscard]] std::optional<std::string> limitation() const override;
 
   private:
     [[nodiscard]] SimulatedApplication* find(const std::string& bundleID) const
@@ -73,6 +77,7 @@ class SimulatedWorkspace final : public WorkspaceService {
     std::vector<std::unique_ptr<SimulatedApplication>> installed_ TESSARA_GUARDED_BY(mutex_);
     SimulatedApplication* frontmost_ TESSARA_GUARDED_BY(mutex_) = nullptr;
     std::vector<Opening> openings_ TESSARA_GUARDED_BY(mutex_);
+    std::optional<std::string> limitation_ TESSARA_GUARDED_BY(mutex_);
 };
 
 }  // namespace tessara

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QVariantList>
 #include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include <QtQml/qqmlregistration.h>
@@ -102,6 +104,7 @@ class SettingsViewModel : public QObject {
     [[nodiscard]] std::vector<std::unique_ptr<Notice>> makeNotices();
     [[nodiscard]] std::unique_ptr<Notice> makeProblemNotice();
     [[nodiscard]] std::unique_ptr<Notice> makeStateNotice();
+    [[nodiscard]] std::unique_ptr<Notice> makeLimitationNotice();
 
     AppModel& model_;
     ProfileBinding profile_;
@@ -109,6 +112,8 @@ class SettingsViewModel : public QObject {
     ScrollPageModel scrollPage_;
     Tab selectedTab_ = Tab::scroll;
     bool hasTray_ = true;
+    /// The limitation of this session that the user has read.
+    std::optional<std::string> knownLimitation_;
     std::vector<std::unique_ptr<Notice>> notices_;
 };
 
