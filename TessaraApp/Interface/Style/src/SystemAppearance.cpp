@@ -32,6 +32,8 @@ SystemAppearance::SystemAppearance(QObject* parent) : QObject(parent) {
     update();
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected()) return;
+    // QtDBus connects to a slot by name, and knows this argument of it only once it is registered.
+    qRegisterMetaType<QDBusVariant>();
     bus.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
                 SLOT(portalSettingChanged(QString, QString, QDBusVariant)));
     askPortal();
