@@ -46,10 +46,12 @@ class DesktopProgramTest : public testing::Test {
 };
 
 TEST_F(DesktopProgramTest, the_menu_comes_with_the_tray_and_does_what_it_says) {
-    start();
-    EXPECT_TRUE(tree.shows(QStringLiteral("Quit Tessara"))) << "in the window, without a tray";
-
     TrayHost tray;
+    start();
+    EXPECT_TRUE(tree.shows(QStringLiteral("Quit Tessara")))
+        << "in the window, while nothing shows what the tray is given";
+
+    tray.open();
     ASSERT_TRUE(waitUntil([&] { return !tray.menu().isEmpty(); }));
     EXPECT_TRUE(waitUntil([&] { return !tree.shows(QStringLiteral("Quit Tessara")); }));
     EXPECT_TRUE(waitUntil([&] {
@@ -79,14 +81,29 @@ TEST_F(DesktopProgramTest, the_menu_comes_with_the_tray_and_does_what_it_says) {
     EXPECT_EQ(program.exitCode(), 0);
 }
 
-TEST_F(DesktopProgramTest, a_second_start_ends_at_once_and_leaves_the_first_one_running) {
-    TrayHost tray;
+TEST_F(DesktopProgramTest,
+       without_a_tray_a_closed_window_is_minimised_and_a_second_start_shows_it) {
     start();
+    press("Continue");
+    press("Start Using Tessara");
+    const auto xdotool = [](const QStringList& arguments) {
+        return QProcess::execute(QStringLiteral("xdotool"), arguments) == 0;
+    };
+    const auto isSeen = [&] { return xdotool({"search", "--onlyvisible", "--name", "^Scroll$"}); };
+    ASSERT_TRUE(waitUntil(isSeen));
+    ASSERT_TRUE(
+        xdotool({"search", "--name", "^Scroll$", "windowactivate", "--sync", "key", "Escape"}));
+    ASSERT_TRUE(waitUntil([&] { return !isSeen(); }));
     QProcess second;
     second.start(programPath, {});
     ASSERT_TRUE(waitUntil([&] { return second.state() == QProcess::NotRunning; }));
     EXPECT_EQ(second.exitCode(), 0);
-    EXPECT_EQ(program.state(), QProcess::Running);
+    EXPECT_TRUE(waitUntil(isSeen));
+
+    TrayHost tray;
+    tray.open();
+    ASSERT_TRUE(waitUntil([&] { return !tray.menu().isEmpty(); }));
+    EXPECT_TRUE(waitUntil([&] { return !tree.shows(QStringLiteral("Quit Tessara")); }));
 }
 
 TEST_F(DesktopProgramTest, a_screen_reader_can_go_through_all_of_it) {

@@ -48,6 +48,11 @@ TrayHost::~TrayHost() {
     bus_.unregisterObject(QStringLiteral("/StatusNotifierWatcher"));
 }
 
+void TrayHost::open() {
+    isOpen_ = true;
+    Q_EMIT StatusNotifierHostRegistered();
+}
+
 void TrayHost::RegisterStatusNotifierItem(const QString& service) {
     items_.append(service);
     Q_EMIT StatusNotifierItemRegistered(service);

@@ -27,11 +27,14 @@ class TrayHost : public QObject {
         QString text;
     };
 
-    /// The tray comes to the desktop, and goes with this.
+    /// The watcher comes to the desktop, and goes with this.
     TrayHost();
     ~TrayHost() override;
 
-    [[nodiscard]] bool isHostRegistered() const { return true; }
+    /// And something that shows the items.
+    void open();
+
+    [[nodiscard]] bool isHostRegistered() const { return isOpen_; }
     [[nodiscard]] int protocolVersion() const { return 0; }
     [[nodiscard]] QStringList items() const { return items_; }
 
@@ -57,6 +60,7 @@ class TrayHost : public QObject {
 
     QDBusConnection bus_;
     QStringList items_;
+    bool isOpen_ = false;
 };
 
 }  // namespace tessara

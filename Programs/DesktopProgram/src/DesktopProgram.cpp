@@ -4,7 +4,7 @@
 #include <QCoreApplication>
 #include <QEvent>
 #include <QPixmap>
-#include <QTimer>
+#include <QScreen>
 #include <QVariantMap>
 #include <chrono>
 
@@ -32,6 +32,12 @@ void bringForward(QQuickWindow& window) {
     window.requestActivate();
 }
 
+void centre(QQuickWindow& window) {
+    QRect place({}, window.size());
+    place.moveCenter(window.screen()->availableGeometry().center());
+    window.setPosition(place.topLeft());
+}
+
 AppPlatform withActivation(AppPlatform platform, std::function<void()> activate) {
     platform.activateApplication = std::move(activate);
     return platform;
@@ -49,7 +55,13 @@ DesktopProgram::DesktopProgram(const AppPlatform& platform, PermissionHelp* help
       onboarding_(std::make_unique<OnboardingViewModel>(
           *model_, platform.engine.mainQueue, help,
           [&shell = platform.shell](const QString& url) { shell.openURL(url.toStdString()); })) {
-    connect(tray_.get(), &TrayItem::isAvailableChanged, this, &DesktopProgram::followTray);
+    trayPatience_.setSingleShot(true);
+    trayPatience_.setInterval(trayPatience);
+    connect(&trayPatience_, &QTimer::timeout, this, &DesktopProgram::followTray);
+    connect(tray_.get(), &TrayItem::isAvailableChanged, this, [this] {
+        if (!tray_->isAvailable()) trayPatience_.start();
+        followTray();
+    });
     connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, model_.get(),
             &AppModel::stop);
 }
@@ -66,11 +78,8 @@ QIcon DesktopProgram::icon(const QString& symbol) {
 
 void DesktopProgram::start(Launch launch) {
     model_->start();
-    if (launch == Launch::atLogin) {
-        QTimer::singleShot(trayPatience, this, &DesktopProgram::stopAwaitingTray);
-    } else {
-        stopAwaitingTray();
-    }
+    if (launch == Launch::atLogin) trayPatience_.start();
+    followTray();
     if (!model_->preferences().hasCompletedOnboarding()) showOnboarding();
 }
 
@@ -82,15 +91,11 @@ void DesktopProgram::raise() {
     }
 }
 
-void DesktopProgram::stopAwaitingTray() {
-    isTrayAwaited_ = false;
-    followTray();
-}
-
 void DesktopProgram::followTray() {
-    if (settings_) settings_->setHasTray(tray_->isAvailable());
+    const bool hasTray = tray_->isAvailable();
+    if (settings_) settings_->setHasTray(hasTray);
     // Without a tray this window is the only way to the program.
-    if (!tray_->isAvailable() && !isTrayAwaited_ && !settingsWindow_) showSettings();
+    if (!hasTray && !trayPatience_.isActive() && !settingsWindow_) showSettings();
 }
 
 void DesktopProgram::showSettings() {
@@ -114,6 +119,7 @@ void DesktopProgram::showOnboarding() {
         onboardingWindow_ = interface_.makeWindow(
             QStringLiteral("OnboardingView"),
             {{QStringLiteral("onboarding"), QVariant::fromValue(onboarding_.get())}});
+        centre(*onboardingWindow_);
     }
     bringForward(*onboardingWindow_);
 }

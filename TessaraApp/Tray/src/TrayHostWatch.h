@@ -6,8 +6,9 @@ class QDBusServiceWatcher;
 
 namespace tessara {
 
-/// Knows whether the desktop has a tray. With a session bus that is the StatusNotifierWatcher's
-/// presence there; without one, what the window system says once.
+/// Knows whether the desktop has a tray that shows items: with a session bus, whether there is a
+/// StatusNotifierWatcher there and a host has made itself known to it (the StatusNotifierItem
+/// protocol of freedesktop.org); without one, what the window system says once.
 class TrayHostWatch : public QObject {
     Q_OBJECT
 
@@ -20,6 +21,7 @@ class TrayHostWatch : public QObject {
     void hasTrayChanged();
 
   private:
+    Q_SLOT void askAgain();
     void setHasTray(bool hasTray);
 
     QDBusServiceWatcher* watcher_ = nullptr;

@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QQuickWindow>
 #include <QString>
+#include <QTimer>
 #include <memory>
 
 #include "TessaraApp/AppModel.h"
@@ -37,8 +38,8 @@ class DesktopProgram : public QObject {
     };
 
     /// Launches the model and shows what a user has to see: the onboarding until it was gone
-    /// through once, and the settings where there is no tray. At login a tray has half a minute to
-    /// come.
+    /// through once, and the settings where there is no tray. A tray has half a minute to come at
+    /// login, and to come back when it goes while the program runs.
     void start(Launch launch);
 
     /// A second start of the program brings the window of this one forward, and so does whoever
@@ -58,7 +59,6 @@ class DesktopProgram : public QObject {
 
   private:
     void followTray();
-    void stopAwaitingTray();
 
     /// Ahead of all that has texts.
     const SystemWording wording_;
@@ -72,8 +72,8 @@ class DesktopProgram : public QObject {
     std::unique_ptr<QQuickWindow> settingsWindow_;
     /// Kept once it was made: it comes back as the user left it.
     std::unique_ptr<QQuickWindow> onboardingWindow_;
-    /// A tray that is not there may still come.
-    bool isTrayAwaited_ = true;
+    /// Runs while a tray that is not there may still come.
+    QTimer trayPatience_;
 };
 
 }  // namespace tessara
