@@ -37,7 +37,10 @@ class MissingRights final : public PermissionHelp {
             {"/dev/input/event7 may not be used by you, so Tessara cannot see the mouse's "
              "wheel, buttons and movement.",
              false},
-            {"Tessara can read and set the mouse's resolution.", true}};
+            {"Tessara can read and set the mouse's resolution.", true},
+            {"The keyboard may not be read by you, so scrolling and buttons that ask for Shift, "
+             "Control or another modifier key act as if it were never held.",
+             false}};
     }
     [[nodiscard]] std::string command() const override {
         return "sudo /usr/libexec/tessara/tessara-grant-access";
@@ -174,6 +177,14 @@ std::vector<Picture> allPictures() {
              scene.host.files.putFile(SimulatedAppHost::configPath, "{ this is no document");
          },
          [](Scene& scene) { scene.model->setPausedByUser(true); }},
+        {"limited-session",
+         [](Scene& scene) {
+             mouseIsIn(scene);
+             scene.host.desktop.workspace().setLimitation(
+                 "This Wayland session tells which application is in front only of those that use "
+                 "X11, so all others have the default profile.");
+         },
+         nothing},
         {"no-tray", mouseIsIn, [](Scene& scene) { scene.settings->setHasTray(false); }},
         {"onboarding-welcome", mouseIsIn, nothing, 0, Shown::onboarding},
         {"onboarding-input-monitoring", nothingIsGranted,

@@ -9,6 +9,7 @@ ColumnLayout {
     required property string label
     required property string value
     property string help
+    property alias valueFont: text.font
 
     Layout.fillWidth: true
     spacing: 4
@@ -16,13 +17,20 @@ ColumnLayout {
     RowLayout {
         spacing: 16
         Label {
-            Layout.fillWidth: true
+            Layout.alignment: Qt.AlignTop
             text: row.label
+            Accessible.ignored: true
         }
         TextEdit {
+            id: text
+            Layout.fillWidth: true
             text: row.value
             readOnly: true
             selectByMouse: true
+            activeFocusOnTab: true
+            onActiveFocusChanged: activeFocus ? selectAll() : deselect()
+            horizontalAlignment: TextEdit.AlignRight
+            wrapMode: TextEdit.Wrap
             color: Theme.colors.secondaryText
             selectionColor: Theme.colors.accent
             selectedTextColor: Theme.colors.onAccent

@@ -10,6 +10,10 @@ Rectangle {
 
     required property OnboardingHelpModel help
 
+    function focusOnGrant(): void {
+        run.forceActiveFocus(Qt.OtherFocusReason);
+    }
+
     Layout.fillWidth: true
     implicitHeight: room.implicitHeight
     radius: 10
@@ -24,40 +28,25 @@ Rectangle {
             spacing: 10
             Repeater {
                 model: frame.help.findings
-                RowLayout {
-                    id: row
+                StatusDot {
                     required property onboardingFinding modelData
-                    spacing: 10
-                    Icon {
-                        Layout.alignment: Qt.AlignTop
-                        implicitWidth: 18
-                        implicitHeight: 18
-                        symbol: row.modelData.symbol
-                        color: row.modelData.isGranted ? Theme.colors.good : Theme.colors.waiting
-                    }
-                    Label {
-                        Layout.fillWidth: true
-                        text: row.modelData.text
-                        wrapMode: Text.Wrap
-                    }
+                    level: modelData.isGranted ? StatusDot.Good : StatusDot.Waiting
+                    text: modelData.text
                 }
             }
-            Explain { text: frame.help.commandText }
-            TextEdit {
+            Rectangle {
                 Layout.fillWidth: true
-                text: frame.help.command
-                readOnly: true
-                selectByMouse: true
-                activeFocusOnTab: true
-                color: Theme.colors.text
-                selectionColor: Theme.colors.accent
-                selectedTextColor: Theme.colors.onAccent
-                font { family: Theme.fixedFamily; pixelSize: Theme.smallSize }
-                wrapMode: TextEdit.WrapAnywhere
-                Accessible.role: Accessible.EditableText
-                Accessible.name: frame.help.commandText
+                implicitHeight: 1
+                color: Theme.colors.separator
+            }
+            FactRow {
+                label: frame.help.commandTitle
+                value: frame.help.command
+                valueFont { family: Theme.fixedFamily; pixelSize: Theme.smallSize }
+                help: frame.help.commandHelp
             }
             Button {
+                id: run
                 text: frame.help.grantText
                 onClicked: frame.help.grant()
             }

@@ -13,6 +13,9 @@ T.ApplicationWindow {
 
     width: 640
     height: 520
+    // Neither resized nor minimised: it stands there until the user is through or closes it.
+    flags: Qt.Window | Qt.CustomizeWindowHint | Qt.WindowTitleHint | Qt.WindowSystemMenuHint
+           | Qt.WindowCloseButtonHint
     minimumWidth: width
     maximumWidth: width
     minimumHeight: height
@@ -25,6 +28,11 @@ T.ApplicationWindow {
     Connections {
         target: window.onboarding
         function onFinished() { window.close() }
+        function onStepChanged() { page.contentY = 0 }
+        function onShowsHelpChanged() {
+            column.ensurePolished();
+            help.focusOnGrant();
+        }
     }
 
     component Paragraph: Label {
@@ -34,65 +42,87 @@ T.ApplicationWindow {
         wrapMode: Text.WordWrap
     }
 
-    component SymbolRow: RowLayout {
+    /// A symbol on a tile of its own, as large as it is made.
+    component Tile: Rectangle {
         property alias symbol: icon.symbol
-        property alias symbolColor: icon.color
-        property alias text: label.text
-        property alias textWeight: label.font.weight
-        Layout.fillWidth: true
-        spacing: 12
+        implicitWidth: 36
+        implicitHeight: 36
+        radius: 10
+        color: Theme.colors.accentWash
         Icon {
             id: icon
-            Layout.alignment: Qt.AlignTop
-            implicitWidth: 20
-            implicitHeight: 20
-        }
-        Label {
-            id: label
-            Layout.fillWidth: true
-            lineHeight: 1.15
-            wrapMode: Text.WordWrap
+            anchors { fill: parent; margins: 8 }
+            color: Theme.colors.accent
         }
     }
 
     ColumnLayout {
-        anchors { fill: parent; margins: 32; bottomMargin: 24 }
-        spacing: 16
+        anchors { fill: parent; margins: 32; topMargin: 28; bottomMargin: 24 }
+        spacing: 20
 
-        ColumnLayout {
-            spacing: 4
-            Label {
-                Layout.fillWidth: true
-                text: window.onboarding.title
-                font { pixelSize: Theme.headlineSize; weight: Font.DemiBold }
-                wrapMode: Text.WordWrap
-                Accessible.role: Accessible.Heading
+        RowLayout {
+            spacing: 16
+            Tile {
+                implicitWidth: 48
+                implicitHeight: 48
+                symbol: window.onboarding.symbol
             }
-            Explain { text: window.onboarding.progressText }
+            ColumnLayout {
+                spacing: 2
+                Label {
+                    Layout.fillWidth: true
+                    text: window.onboarding.title
+                    font { pixelSize: Theme.headlineSize; weight: Font.DemiBold }
+                    wrapMode: Text.WordWrap
+                    Accessible.role: Accessible.Heading
+                }
+                Explain { text: window.onboarding.progressText }
+            }
         }
         ScrollView {
+            id: page
             objectName: "page"
             Layout.fillWidth: true
             Layout.fillHeight: true
+            // The scroll bar stands in the window's margin.
+            Layout.rightMargin: -24
             ColumnLayout {
-                anchors { left: parent.left; right: parent.right; rightMargin: 8 }
+                id: column
+                anchors { left: parent.left; right: parent.right; rightMargin: 24 }
                 spacing: 14
-                SymbolRow {
-                    visible: text !== ""
-                    symbol: window.onboarding.stateSymbol
-                    symbolColor: [Theme.colors.off, Theme.colors.good,
-                                  Theme.colors.waiting][window.onboarding.stateLevel]
-                    text: window.onboarding.stateText
-                    textWeight: Font.DemiBold
+                RowLayout {
+                    visible: state.text !== ""
+                    spacing: 10
+                    Icon {
+                        implicitWidth: 20
+                        implicitHeight: 20
+                        symbol: window.onboarding.stateSymbol
+                        color: [Theme.colors.off, Theme.colors.good,
+                                Theme.colors.waiting][window.onboarding.stateLevel]
+                    }
+                    Label {
+                        id: state
+                        Layout.fillWidth: true
+                        text: window.onboarding.stateText
+                        font.weight: Font.DemiBold
+                    }
                 }
                 Paragraph { text: window.onboarding.leadText }
                 Repeater {
                     model: window.onboarding.bullets
-                    SymbolRow {
+                    RowLayout {
+                        id: bullet
                         required property onboardingBullet modelData
-                        symbol: modelData.symbol
-                        symbolColor: Theme.colors.accent
-                        text: modelData.text
+                        spacing: 14
+                        Tile {
+                            Layout.alignment: Qt.AlignTop
+                            symbol: bullet.modelData.symbol
+                        }
+                        Paragraph {
+                            Layout.fillHeight: true
+                            text: bullet.modelData.text
+                            verticalAlignment: Text.AlignVCenter
+                        }
                     }
                 }
                 Paragraph {
@@ -109,31 +139,35 @@ T.ApplicationWindow {
                         onClicked: window.onboarding.openSettings()
                     }
                     OnboardingHelp {
+                        id: help
                         help: window.onboarding.help
                         visible: window.onboarding.showsHelp
                     }
                     Paragraph { text: window.onboarding.watchingText }
                     Explain { text: window.onboarding.promiseText }
                 }
-                ColumnLayout {
+                Section {
                     visible: window.onboarding.offersLogin
-                    spacing: 6
-                    RowLayout {
-                        spacing: 12
-                        Label {
-                            Layout.fillWidth: true
-                            text: window.onboarding.startAtLoginText
+                    ColumnLayout {
+                        spacing: 6
+                        RowLayout {
+                            spacing: 12
+                            Label {
+                                Layout.fillWidth: true
+                                text: window.onboarding.startAtLoginText
+                                Accessible.ignored: true
+                            }
+                            Switch {
+                                text: window.onboarding.startAtLoginText
+                                isOn: window.onboarding.startsAtLogin
+                                onTurned: isOn => window.onboarding.startsAtLogin = isOn
+                            }
                         }
-                        Switch {
-                            text: window.onboarding.startAtLoginText
-                            isOn: window.onboarding.startsAtLogin
-                            onTurned: isOn => window.onboarding.startsAtLogin = isOn
+                        Explain { text: window.onboarding.loginStatusText }
+                        Explain {
+                            text: window.onboarding.loginErrorText
+                            color: Theme.colors.bad
                         }
-                    }
-                    Explain { text: window.onboarding.loginStatusText }
-                    Explain {
-                        text: window.onboarding.loginErrorText
-                        color: Theme.colors.bad
                     }
                 }
                 Paragraph {
@@ -142,15 +176,31 @@ T.ApplicationWindow {
                 }
             }
         }
-        RowLayout {
-            spacing: 10
+        Item {
+            Layout.fillWidth: true
+            implicitHeight: next.implicitHeight
             Button {
                 text: window.onboarding.backText
                 visible: window.onboarding.canGoBack
                 onClicked: window.onboarding.goBack()
             }
-            Item { Layout.fillWidth: true }
+            Row {
+                anchors.centerIn: parent
+                spacing: 8
+                Repeater {
+                    model: window.onboarding.stepCount
+                    Rectangle {
+                        required property int index
+                        width: 8
+                        height: 8
+                        radius: 4
+                        color: index === window.onboarding.step ? Theme.colors.accent : Theme.colors.track
+                    }
+                }
+            }
             Button {
+                id: next
+                anchors.right: parent.right
                 text: window.onboarding.primaryText
                 highlighted: true
                 onClicked: window.onboarding.advance()

@@ -16,7 +16,6 @@ ColumnLayout {
         text: section.title
         visible: text !== ""
         font { pixelSize: Theme.titleSize; weight: Font.DemiBold }
-        Layout.leftMargin: 2
         Accessible.role: Accessible.Heading
     }
     Rectangle {

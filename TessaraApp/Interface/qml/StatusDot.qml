@@ -17,6 +17,9 @@ RowLayout {
     spacing: 8
 
     Rectangle {
+        // On the first line of the words.
+        Layout.alignment: Qt.AlignTop
+        Layout.topMargin: 4
         implicitWidth: 10
         implicitHeight: 10
         radius: 5

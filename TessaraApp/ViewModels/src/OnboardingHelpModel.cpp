@@ -12,23 +12,25 @@ OnboardingHelpModel::OnboardingHelpModel(PermissionHelp* help, QObject* parent)
 QVariantList OnboardingHelpModel::findings() const {
     QVariantList lines;
     for (const PermissionFinding& finding : findings_) {
-        lines.append(QVariant::fromValue(
-            OnboardingFinding{.text = QString::fromStdString(finding.description),
-                              .symbol = finding.isGranted ? QStringLiteral("checkmark.circle.fill")
-                                                          : QStringLiteral("circle.dotted"),
-                              .isGranted = finding.isGranted}));
+        lines.append(QVariant::fromValue(OnboardingFinding{
+            .text = QString::fromStdString(finding.description), .isGranted = finding.isGranted}));
     }
     return lines;
 }
 
-QString OnboardingHelpModel::commandText() const {
-    return tr(
-        "One command grants all of it, now and for every later start. It needs an "
-        "administrator's password:");
+QString OnboardingHelpModel::commandTitle() const {
+    return tr("The one command");
 }
 
 QString OnboardingHelpModel::command() const {
     return help_ ? QString::fromStdString(help_->command()) : QString();
+}
+
+QString OnboardingHelpModel::commandHelp() const {
+    return tr(
+        "It grants all that concerns the mouse, now and for every later start, and leaves "
+        "keyboards "
+        "alone. It needs an administrator's password.");
 }
 
 QString OnboardingHelpModel::grantText() const {

@@ -100,8 +100,10 @@ bool OnboardingViewModel::isPermissionStep() const {
 void OnboardingViewModel::setStep(Step step) {
     auto content = contentOf(step);
     if (content == content_) return;
+    const bool isAnother = step != content_.step;
     content_ = std::move(content);
     Q_EMIT contentChanged();
+    if (isAnother) Q_EMIT stepChanged();
 }
 
 void OnboardingViewModel::refresh() {
@@ -131,6 +133,7 @@ OnboardingViewModel::Content OnboardingViewModel::contentOf(Step step) const {
 }
 
 void OnboardingViewModel::describeWelcome(Content& content) const {
+    content.symbol = QStringLiteral("computermouse.fill");
     content.title = tr("Welcome to Tessara");
     content.leadText =
         tr("Tessara makes your Logitech mouse behave the way you expected it to when you bought "
@@ -162,6 +165,7 @@ QVariantList OnboardingViewModel::bullets() const {
 }
 
 void OnboardingViewModel::describeInputMonitoring(Content& content) const {
+    content.symbol = QStringLiteral("computermouse");
     content.title = tr("Let Tessara see your mouse");
     content.leadText =
         tr("Your mouse sends one big jump per wheel click, and Tessara's whole job is to replace "
@@ -193,6 +197,7 @@ void OnboardingViewModel::describeInputMonitoring(Content& content) const {
 }
 
 void OnboardingViewModel::describeAccessibility(Content& content) const {
+    content.symbol = QStringLiteral("cursorarrow.click");
     content.title = tr("Let Tessara press keys for you");
     content.leadText =
         tr("Seeing an event is not the same as changing one. Accessibility is the permission that "
@@ -231,6 +236,7 @@ QString OnboardingViewModel::promiseText() const {
 void OnboardingViewModel::describeDone(Content& content) const {
     const bool isReady = hasBoth(model_.permissions());
     const LaunchAtLogin& login = model_.launchAtLogin();
+    content.symbol = QStringLiteral("checkmark");
     content.title = tr("You're set");
     content.stateLevel = isReady ? good : missing;
     content.stateSymbol = isReady ? QStringLiteral("checkmark.circle.fill")

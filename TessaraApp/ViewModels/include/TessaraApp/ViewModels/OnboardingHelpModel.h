@@ -11,17 +11,15 @@
 
 namespace tessara {
 
-/// One thing that is needed, as a line with a symbol.
+/// One thing that is needed, in a sentence that tells how it stands.
 struct OnboardingFinding {
     Q_GADGET
     QML_VALUE_TYPE(onboardingFinding)
     Q_PROPERTY(QString text MEMBER text CONSTANT)
-    Q_PROPERTY(QString symbol MEMBER symbol CONSTANT)
     Q_PROPERTY(bool isGranted MEMBER isGranted CONSTANT)
 
   public:
     QString text;
-    QString symbol;
     bool isGranted = false;
 };
 
@@ -34,8 +32,9 @@ class OnboardingHelpModel : public QObject {
     QML_ELEMENT
     QML_UNCREATABLE("made by the onboarding")
     Q_PROPERTY(QVariantList findings READ findings NOTIFY findingsChanged)
-    Q_PROPERTY(QString commandText READ commandText CONSTANT)
+    Q_PROPERTY(QString commandTitle READ commandTitle CONSTANT)
     Q_PROPERTY(QString command READ command CONSTANT)
+    Q_PROPERTY(QString commandHelp READ commandHelp CONSTANT)
     Q_PROPERTY(QString grantText READ grantText CONSTANT)
 
   public:
@@ -47,8 +46,9 @@ class OnboardingHelpModel : public QObject {
 
     /// An `OnboardingFinding` for each thing that is needed.
     [[nodiscard]] QVariantList findings() const;
-    [[nodiscard]] QString commandText() const;
+    [[nodiscard]] QString commandTitle() const;
     [[nodiscard]] QString command() const;
+    [[nodiscard]] QString commandHelp() const;
     [[nodiscard]] QString grantText() const;
 
     /// Lets the system ask for an administrator's password and run the command.

@@ -34,13 +34,16 @@ struct OnboardingBullet {
 /// It never makes the system prompt; it opens the right page of the system's settings, and while
 /// the window is there watches for the switch and moves on by itself.
 ///
-/// Main executor only. `contentChanged` comes once for each change that shows, and never otherwise.
+/// Main executor only. `contentChanged` comes once for each change that shows, `stepChanged` after
+/// it when another step is shown, and neither otherwise.
 class OnboardingViewModel : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by the program")
     Q_PROPERTY(QString windowTitle READ windowTitle CONSTANT)
-    Q_PROPERTY(Step step READ step NOTIFY contentChanged)
+    Q_PROPERTY(Step step READ step NOTIFY stepChanged)
+    Q_PROPERTY(int stepCount READ stepCount CONSTANT)
+    Q_PROPERTY(QString symbol READ symbol NOTIFY contentChanged)
     Q_PROPERTY(QString title READ title NOTIFY contentChanged)
     Q_PROPERTY(QString progressText READ progressText NOTIFY contentChanged)
     Q_PROPERTY(bool canGoBack READ canGoBack NOTIFY contentChanged)
@@ -97,6 +100,9 @@ class OnboardingViewModel : public QObject {
 
     [[nodiscard]] QString windowTitle() const { return tr("Set Up Tessara"); }
     [[nodiscard]] Step step() const { return content_.step; }
+    [[nodiscard]] int stepCount() const { return done + 1; }
+    /// The symbol beside the title.
+    [[nodiscard]] QString symbol() const { return content_.symbol; }
     [[nodiscard]] QString title() const { return content_.title; }
     /// "Step {n} of 4".
     [[nodiscard]] QString progressText() const { return content_.progressText; }
@@ -135,6 +141,7 @@ class OnboardingViewModel : public QObject {
 
   Q_SIGNALS:
     void contentChanged();
+    void stepChanged();
     void showsHelpChanged();
     /// The user is through: the window closes.
     void finished();
@@ -142,6 +149,7 @@ class OnboardingViewModel : public QObject {
   private:
     struct Content {
         Step step = welcome;
+        QString symbol;
         QString title;
         QString progressText;
         QString primaryText;
