@@ -5,6 +5,12 @@
 #include <cstddef>
 #include <cstdint>
 
+/// The one event value that the program knows, with its vocabulary: types, numbered fields, flags
+/// and places in the stream. Numbers and names are those of the system on which the program was at
+/// home first; a platform translates its own events into them and back (`MouseEvents.h`,
+/// `ModifierKeys.h` and `ScrollDeltas.h` say how those of one kind are made up). What the program
+/// does with an event is not told here.
+
 namespace tessara {
 
 /// A point of the global desktop, in points; y grows downward.
@@ -22,6 +28,7 @@ struct CGRect {
     double width = 0;
     double height = 0;
 
+    // The first and the last edge in either direction; the last is not part of the display.
     [[nodiscard]] double minX() const { return x; }
     [[nodiscard]] double minY() const { return y; }
     [[nodiscard]] double maxX() const { return x + width; }
@@ -41,36 +48,50 @@ enum class CGEventType : std::uint32_t {
     leftMouseUp = 2,
     rightMouseDown = 3,
     rightMouseUp = 4,
+    /// Motion while no button is down; while one is, it is the drag of such a button.
     mouseMoved = 5,
     leftMouseDragged = 6,
     rightMouseDragged = 7,
     keyDown = 10,
     keyUp = 11,
+    /// A modifier key went down or up, or Caps Lock was turned on or off.
     flagsChanged = 12,
+    /// A wheel turned, by lines, or something scrolled by pixels.
     scrollWheel = 22,
     otherMouseDown = 25,
     otherMouseUp = 26,
     otherMouseDragged = 27,
+    // No events of the user's: notices to a tap that the system has taken it out of the stream.
     tapDisabledByTimeout = 0xFFFFFFFE,
     tapDisabledByUserInput = 0xFFFFFFFF,
 };
 
-/// The numbered fields that the program reads or writes.
+/// The numbered fields that the program reads or writes. A platform may fill in more of them than
+/// an event of its type has use for, and leaves at 0 what it does not know. To the right and down,
+/// and for a scroll to the left and up, is above zero.
 enum class CGEventField : std::uint32_t {
+    /// From 0, the left button, on; on presses, releases and drags.
     mouseEventButtonNumber = 3,
+    /// How far the cursor was to move as the system would have it, edges not regarded.
     mouseEventDeltaX = 4,
     mouseEventDeltaY = 5,
+    /// A virtual key code: the place of the key on the keyboard, whatever is printed on it.
     keyboardEventKeycode = 9,
     scrollWheelEventDeltaAxis1 = 11,  ///< lines, vertical
     scrollWheelEventDeltaAxis2 = 12,  ///< lines, horizontal
+    /// What the poster of an event left in it to know it by; 0 on events of devices.
     eventSourceUserData = 42,
     mouseEventSenderID = 87,  ///< the sending device, on button and drag events of some systems
+    /// 0 for a wheel with steps, anything else for scrolling by pixels.
     scrollWheelEventIsContinuous = 88,
+    /// Lines with their fraction, as a double.
     scrollWheelEventFixedPtDeltaAxis1 = 93,
     scrollWheelEventFixedPtDeltaAxis2 = 94,
     scrollWheelEventPointDeltaAxis1 = 96,  ///< pixels, vertical
     scrollWheelEventPointDeltaAxis2 = 97,  ///< pixels, horizontal
+    /// Of a gesture: `scrollPhaseBegan` and so on; 0 outside of one.
     scrollWheelEventScrollPhase = 99,
+    /// Of the run-out behind a gesture; 0 outside of one.
     scrollWheelEventMomentumPhase = 123,
     unacceleratedPointerMovementX = 170,  ///< sensor counts
     unacceleratedPointerMovementY = 171,  ///< sensor counts
@@ -95,6 +116,8 @@ class CGEvent {
     /// HID event stands behind it. Nobody else reads it.
     std::uint64_t hidEventReference = 0;
 
+    // Reading and writing one field, without a search and without an allocation. A number that is
+    // not one of `CGEventField` stops the process.
     [[nodiscard]] std::int64_t integerValue(CGEventField field) const;
     [[nodiscard]] double doubleValue(CGEventField field) const;
     void setIntegerValue(CGEventField field, std::int64_t value);
@@ -184,11 +207,14 @@ inline void CGEvent::setDoubleValue(CGEventField field, double value) {
 /// The bits of `CGEvent::flags` that say which modifier is in force, of whichever key. Below them
 /// stands one bit for each physical key (`ModifierKey::deviceFlag`).
 namespace CGEventFlagMask {
+/// Caps Lock is on. It is a state, not a key that is held.
 inline constexpr std::uint64_t alphaShift = 0x10000;
 inline constexpr std::uint64_t shift = 0x20000;
 inline constexpr std::uint64_t control = 0x40000;
+/// Option; on most other keyboards Alt.
 inline constexpr std::uint64_t alternate = 0x80000;
 inline constexpr std::uint64_t command = 0x100000;
+/// The Fn key of a keyboard that has one.
 inline constexpr std::uint64_t secondaryFn = 0x800000;
 }  // namespace CGEventFlagMask
 

@@ -11,10 +11,12 @@ class DesktopShell {
   public:
     virtual ~DesktopShell() = default;
 
-    /// Opens the folder of the file, with the file selected where the system can do so.
+    /// `path` is absolute. Opens the folder of the file, with the file selected where the system
+    /// can do so.
     virtual void revealFile(const std::string& path) = 0;
 
-    /// Opens the link in the program that is there for it.
+    /// Opens the link ("https:", "mailto:" or one of the system's own) in the program that is there
+    /// for it.
     virtual void openURL(const std::string& url) = 0;
 };
 

@@ -21,6 +21,7 @@ class EventSource {
   public:
     virtual ~EventSource() = default;
 
+    /// Marks the events that are made from it from now on.
     virtual void setUserData(std::int64_t value) = 0;
 
     /// Which local events stay permitted while events of this source are posted: a set of bits (1
@@ -44,17 +45,21 @@ class EventServices {
   public:
     virtual ~EventServices() = default;
 
+    /// A source with the user data 0; null when it is refused. Its events begin with the flags that
+    /// are in force by the state's account.
     [[nodiscard]] virtual std::unique_ptr<EventSource> makeSource(EventSourceState state) = 0;
 
     /// A bare event that shows the present: its location is the cursor's.
     [[nodiscard]] virtual std::optional<CGEvent> makeEvent() = 0;
 
-    /// A scroll event with two wheels, `wheel1` vertical and `wheel2` horizontal.
+    /// A scroll event with two wheels, `wheel1` vertical and `wheel2` horizontal, in `unit`s.
     [[nodiscard]] virtual std::optional<CGEvent> makeScrollWheelEvent(const EventSource& source,
                                                                       ScrollEventUnit unit,
                                                                       std::int32_t wheel1,
                                                                       std::int32_t wheel2) = 0;
 
+    /// A mouse event at a place of the caller's choice, with `button` (from 0, the left one) as its
+    /// number. Posted, it takes the cursor there.
     [[nodiscard]] virtual std::optional<CGEvent> makeMouseEvent(const EventSource& source,
                                                                 CGEventType type, CGPoint location,
                                                                 std::uint32_t button) = 0;
@@ -65,7 +70,9 @@ class EventServices {
                                                                    std::uint16_t code,
                                                                    bool isDown) = 0;
 
-    /// Sends the event into the stream at `location`; taps further down see it.
+    /// Sends the event into the stream at `location`; taps further down see it. Does not wait for
+    /// them, keeps the order of the posts of one thread, and tells of no failure: what the system
+    /// does not take is gone.
     virtual void post(const CGEvent& event, CGEventTapLocation location) = 0;
 
     /// Gives up a key that the program has pressed and the user holds by now: it stays down until
@@ -73,7 +80,8 @@ class EventServices {
     /// where the program has a keyboard of its own, the key goes up on that one.
     virtual void leaveToUser(std::uint16_t /*code*/) {}
 
-    /// Whether the key is down by that state's account.
+    /// Whether the key is down by that state's account. What was posted a moment ago may not count
+    /// yet.
     [[nodiscard]] virtual bool keyState(EventSourceState state, std::uint16_t code) = 0;
 
     /// The modifier bits in force by that state's account.

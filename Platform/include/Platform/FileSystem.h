@@ -19,6 +19,7 @@ struct FileError {
         other,
     };
 
+    /// What a program can act on.
     Kind kind = Kind::other;
     /// A sentence for the user: what was tried, with which file, and the system's own words.
     std::string description;

@@ -86,7 +86,8 @@ class HIDEventSystem {
         return {};
     }
 
-    /// Sets a property of the registry entry; false when the system refuses.
+    /// Sets a property of the registry entry; false when the system refuses. A platform without a
+    /// registry refuses always.
     virtual bool setRegistryProperty([[maybe_unused]] std::uint64_t registryID,
                                      [[maybe_unused]] std::string_view key,
                                      [[maybe_unused]] const HIDValue& value) {

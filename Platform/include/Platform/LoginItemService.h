@@ -20,6 +20,7 @@ class LoginItemService {
   public:
     virtual ~LoginItemService() = default;
 
+    /// How it stands now, the user's own changes included.
     [[nodiscard]] virtual LoginItemStatus status() const = 0;
 
     /// Asks the system to start the program at login; the error is a sentence for the user.
@@ -27,7 +28,8 @@ class LoginItemService {
     /// settings stays as it is, and `status` says so.
     [[nodiscard]] virtual std::expected<void, std::string> registerItem() = 0;
 
-    /// Takes the entry away; succeeds when there is none.
+    /// Takes the entry away; succeeds when there is none. The error is a sentence for the user. A
+    /// program that is running goes on.
     [[nodiscard]] virtual std::expected<void, std::string> unregisterItem() = 0;
 };
 

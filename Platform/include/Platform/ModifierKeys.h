@@ -5,6 +5,10 @@
 
 #include "Platform/CGEvent.h"
 
+/// The modifier keys as events tell of them, in one table for the poster, which has to make their
+/// events up, and for the platforms, which have to follow them. Not the modifiers of a binding:
+/// those are `ModifierFlags`, which know no left and right. Any thread.
+
 namespace tessara {
 
 /// A physical modifier key: its virtual key code and the bits that it sets in `CGEvent::flags`.
@@ -31,7 +35,7 @@ inline constexpr std::array<ModifierKey, 9> modifierKeys{{
     {.code = 54, .familyFlag = CGEventFlagMask::command, .deviceFlag = 0x10},    // right Command
 }};
 
-/// The modifier key with that code; null for any other key.
+/// The modifier key with that code; null for any other key, Caps Lock included.
 [[nodiscard]] constexpr const ModifierKey* findModifierKey(std::uint16_t code) {
     for (const auto& key : modifierKeys) {
         if (key.code == code) return &key;

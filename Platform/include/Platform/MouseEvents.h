@@ -5,6 +5,10 @@
 
 #include "Platform/CGEvent.h"
 
+/// How button events tell of their button, in the types and in the field of the number: read and
+/// written by everybody who deals with buttons, platforms included. Nothing here keeps a state; any
+/// thread.
+
 namespace tessara {
 
 /// The event types of one mouse button.
@@ -35,6 +39,7 @@ struct MouseEventTypes {
 
 /// What a button event says.
 struct MouseButtonChange {
+    /// The number, 0 for the left button; of other buttons whatever the event's field holds.
     std::int64_t button = 0;
     bool isDown = false;
 };

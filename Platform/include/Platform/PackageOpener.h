@@ -5,7 +5,8 @@
 
 namespace tessara {
 
-/// Hands packages to whatever installs software on this system.
+/// Hands packages to whatever installs software on this system. It looks into none of them: that a
+/// package is what it says is for the caller to know.
 class PackageOpener {
   public:
     virtual ~PackageOpener() = default;

@@ -23,7 +23,7 @@ class PermissionHelp {
     /// Everything that is needed, in a fixed order. Cheap enough for a watch.
     [[nodiscard]] virtual std::vector<PermissionFinding> findings() const = 0;
 
-    /// What an administrator types to put everything right.
+    /// What an administrator types to put everything right, for the user to read and to copy.
     [[nodiscard]] virtual std::string command() const = 0;
 
     /// Runs the command after the system has asked for an administrator's password. Returns at

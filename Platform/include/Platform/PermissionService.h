@@ -2,7 +2,9 @@
 
 namespace tessara {
 
-/// Asks what the user has granted, and never prompts. Any thread; cheap enough for a poll.
+/// Asks what the user has granted, and never prompts: to help the user grant it is
+/// `PermissionHelp`'s and the interface's. Either may come and go while the program runs. Any
+/// thread; cheap enough for a poll.
 class PermissionService {
   public:
     virtual ~PermissionService() = default;

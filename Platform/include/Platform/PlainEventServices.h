@@ -11,6 +11,8 @@ namespace tessara {
 /// The making of events on a platform whose system has no maker of its own: an event is a plain
 /// value there, and its fields are all there is to it. What is special to a platform is where the
 /// cursor is, what may refuse, and everything about posting and state.
+///
+/// A source is one of these services' own; another's ends in `std::bad_cast`. Any thread.
 class PlainEventServices : public EventServices {
   public:
     /// Sources of these services never keep the user's own input away: what is said about

@@ -41,6 +41,7 @@ struct UpdaterState {
         std::uint64_t lengthInBytes = 0;
         bool operator==(const Available&) const = default;
     };
+    /// The package is on its way.
     struct Downloading {
         ProgramVersion release;
         std::uint64_t lengthInBytes = 0;
@@ -70,6 +71,7 @@ struct UpdaterState {
 
     Case value;
 
+    /// Whether it is that case.
     template <typename T>
     [[nodiscard]] bool is() const {
         return std::holds_alternative<T>(value);
@@ -123,6 +125,7 @@ class UpdaterService {
     /// The feed's address; nothing when none is configured.
     [[nodiscard]] virtual std::optional<std::string> feedURL() const = 0;
 
+    /// What it is at now; each change is told to the delegate.
     [[nodiscard]] virtual UpdaterState state() const = 0;
 
     /// The user wants what is available. Does nothing in any other state.

@@ -6,11 +6,12 @@
 namespace tessara {
 
 /// The time of day, for stamps that people read. It may jump; nothing is ever timed by it. Any
-/// thread.
+/// thread. What is timed has a `Clock`.
 class WallClock {
   public:
     virtual ~WallClock() = default;
 
+    /// The time of day, in whole seconds of UTC.
     [[nodiscard]] virtual std::chrono::sys_seconds now() const = 0;
 
     /// The moment as `yyyy-MM-dd-HHmmss` in the user's time zone, in ASCII digits: safe in a file

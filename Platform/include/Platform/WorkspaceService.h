@@ -18,7 +18,7 @@ struct RunningApplication {
     std::optional<std::string> bundleID;
     /// The name shown to the user.
     std::string displayName;
-    /// False for agents and helpers without windows.
+    /// False for agents and helpers without windows, which a list for the user leaves out.
     bool isRegular = true;
     bool operator==(const RunningApplication&) const = default;
 };
@@ -27,6 +27,7 @@ struct RunningApplication {
 /// thread unless they say otherwise; none of them waits for an application.
 class WorkspaceService {
   public:
+    /// Called with the identifier of what came to the front, as far as it is known.
     using ActivationListener = std::function<void(const std::optional<std::string>& bundleID)>;
 
     virtual ~WorkspaceService() = default;
@@ -47,6 +48,8 @@ class WorkspaceService {
     /// front when it runs. Returns at once; a failure is not told.
     virtual void openApplication(const std::string& location, bool activates) = 0;
 
+    /// What runs now, in no particular order; one entry for each identifier. Empty where the system
+    /// does not tell.
     [[nodiscard]] virtual std::vector<RunningApplication> runningApplications() const = 0;
 
     /// The name under which the user knows the application; nothing when it is not installed.
@@ -64,6 +67,7 @@ class ShortcutsRunner {
   public:
     virtual ~ShortcutsRunner() = default;
 
+    /// Runs the Shortcut with exactly this name.
     virtual void runShortcut(const std::string& name) = 0;
 };
 

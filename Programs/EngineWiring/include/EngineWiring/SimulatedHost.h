@@ -39,9 +39,11 @@ class SimulatedHost {
     void awaitEndOfConnections() const;
 
     Dispatcher& dispatcher;
+    /// Where the engine's methods are called.
     const std::shared_ptr<DispatchQueue> mainQueue;
     /// What runs inside the mouse.
     SimulatedMouse firmware;
+    /// Where it is plugged in, on the side of HID.
     SimulatedHIDTransport hidTransport;
     SimulatedDesktop desktop;
     const std::shared_ptr<const HIDPPRunLoop> hidRunLoop;

@@ -12,9 +12,10 @@ namespace tessara::testing {
 
 /// Watches scroll steps as an application would see them, and notes each one that makes no sense:
 /// per axis a gesture begins once, changes, and ends once; every step but the end moves, and the
-/// end does not.
+/// end does not. That the pixels add up is the test's own matter. One thread.
 class GestureChecker {
   public:
+    /// Takes note of the next step of either axis.
     void step(ScrollAxis axis, std::int64_t pixelDelta, ScrollPhase phase);
 
     /// What went wrong so far, one sentence each.

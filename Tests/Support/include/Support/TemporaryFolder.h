@@ -8,7 +8,8 @@
 
 namespace tessara {
 
-/// A folder of its own for a test, removed with everything in it.
+/// A folder of its own for a test, removed with everything in it. The process stops when there is
+/// no room for one.
 class TemporaryFolder {
   public:
     TemporaryFolder() {

@@ -31,7 +31,8 @@ class Clock {
     [[nodiscard]] virtual TimePoint now() const noexcept = 0;
 };
 
-/// `CLOCK_MONOTONIC` of the system.
+/// `CLOCK_MONOTONIC` of the system (clock_gettime(2)): it starts at some boot time, is never set,
+/// and stands still while the machine sleeps. All of them tell the same time.
 class SystemClock final : public Clock {
   public:
     [[nodiscard]] TimePoint now() const noexcept override;
@@ -41,7 +42,8 @@ class SystemClock final : public Clock {
 /// toward zero. A number that is not finite or does not fit stops the process.
 [[nodiscard]] std::chrono::nanoseconds nanosecondsFromMillis(double millis);
 
-/// A moment in milliseconds since the time line's start.
+/// A moment in milliseconds since the time line's start, as the data model has it. A double keeps
+/// whole nanoseconds for some hundred days from the start, and microseconds for longer than that.
 [[nodiscard]] double millisSinceStart(TimePoint moment) noexcept;
 
 }  // namespace tessara

@@ -30,6 +30,8 @@ enum class QualityOfService {
 class DispatchTimer {
   public:
     virtual ~DispatchTimer() = default;
+
+    /// Ends the timer, and lets go of the handler at once or at the end of the firing that runs.
     virtual void cancel() noexcept = 0;
 };
 
@@ -110,9 +112,12 @@ class Dispatcher {
   public:
     virtual ~Dispatcher() = default;
 
+    /// Makes a queue that runs from now on until its last holder lets go. Labels need not be
+    /// unique. Any thread.
     [[nodiscard]] virtual std::shared_ptr<DispatchQueue> makeQueue(std::string label,
                                                                    QualityOfService quality) = 0;
 
+    /// The clock of all its queues. It lives as long as the dispatcher.
     [[nodiscard]] virtual const Clock& clock() const noexcept = 0;
 };
 

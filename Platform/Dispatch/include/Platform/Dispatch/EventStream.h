@@ -12,18 +12,25 @@
 
 namespace tessara {
 
-/// Ends a listener's subscription when it is destroyed or `cancel()`ed. After `cancel()` on the
-/// listener's own queue nothing more is delivered; from elsewhere, one delivery that has begun may
-/// still be running.
+/// A listener's hold on its subscription, which ends when this is destroyed or `cancel()`ed. After
+/// `cancel()` on the listener's own queue nothing more is delivered; from elsewhere, one delivery
+/// that has begun may still be running. It may be cancelled by the listener itself, and after its
+/// source has gone.
+///
+/// One thread at a time. It is a handle and no part of the listener: what the listener holds is let
+/// go of at the cancellation, or at the end of the delivery that is running.
 class EventSubscription {
   public:
+    /// Holds nothing.
     EventSubscription() = default;
+    /// `onCancel` is what ends the subscription. It is called once at most.
     explicit EventSubscription(std::move_only_function<void()> onCancel)
         : onCancel_(std::move(onCancel)) {}
     ~EventSubscription() { cancel(); }
 
     EventSubscription(EventSubscription&& other) noexcept
         : onCancel_(std::exchange(other.onCancel_, nullptr)) {}
+    /// Ends the subscription that this one held.
     EventSubscription& operator=(EventSubscription&& other) noexcept {
         if (this != &other) {
             cancel();
@@ -32,6 +39,7 @@ class EventSubscription {
         return *this;
     }
 
+    /// Ends the subscription; nothing if it has ended.
     void cancel() {
         if (auto onCancel = std::exchange(onCancel_, nullptr)) onCancel();
     }
@@ -40,15 +48,19 @@ class EventSubscription {
     std::move_only_function<void()> onCancel_;
 };
 
-/// A source of values with any number of listeners. Each listener hears, on a queue of its choice,
-/// every value that is emitted after it subscribed, in the order of emission. Nothing is dropped
-/// and nothing waits: what a listener has not yet taken stands in its queue, without bound. A
-/// listener that subscribes later does not hear what went before.
+/// A source of values with any number of listeners: how a change is told to those who asked for it,
+/// without waiting for any of them. It is no store: nobody can ask it for the last value.
+///
+/// Each listener hears, on a queue of its choice, every value that is emitted after it subscribed,
+/// in the order of emission. Nothing is dropped and nothing waits: what a listener has not yet
+/// taken stands in its queue, without bound. A listener that subscribes later does not hear what
+/// went before.
 ///
 /// All operations may be called from any thread, and from within a listener.
 template <typename Value>
 class EventStream {
   public:
+    /// Called on the listener's queue, once for each value.
     using Listener = std::function<void(const Value&)>;
 
     EventStream() : state_(std::make_shared<State>()) {}
@@ -57,7 +69,8 @@ class EventStream {
     EventStream& operator=(const EventStream&) = delete;
 
     /// Adds a listener that is called on `queue`, with `first` ahead of everything else if it is
-    /// given. Values already in flight to the listener when the stream is destroyed still arrive.
+    /// given, and until the subscription ends. Values already in flight to the listener when the
+    /// stream is destroyed still arrive. Never calls the listener within this call.
     [[nodiscard]] EventSubscription subscribe(std::shared_ptr<DispatchQueue> queue,
                                               Listener listener,
                                               std::optional<Value> first = std::nullopt) {
@@ -76,14 +89,16 @@ class EventStream {
         });
     }
 
-    /// Hands `value` to every present listener. Emissions that race each other reach all listeners
-    /// in one order.
+    /// Hands a copy of `value` to every present listener: to its queue, so that none of them has
+    /// heard it yet when this returns. Emissions that race each other reach all listeners in one
+    /// order.
     void emit(const Value& value) {
         MutexLock lock(state_->mutex);
         for (const auto& entry : state_->entries)
             post(entry, value);
     }
 
+    /// How many subscriptions there are that have not ended.
     [[nodiscard]] std::size_t listenerCount() const {
         MutexLock lock(state_->mutex);
         return state_->entries.size();

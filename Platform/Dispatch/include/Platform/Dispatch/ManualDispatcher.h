@@ -41,6 +41,7 @@ class ManualDispatcher final : public Dispatcher {
                                                            QualityOfService quality) override;
     [[nodiscard]] const Clock& clock() const noexcept override;
 
+    /// The virtual moment. Any thread.
     [[nodiscard]] TimePoint now() const noexcept;
 
     /// Runs everything that is due now, including what that makes due, and returns how many blocks

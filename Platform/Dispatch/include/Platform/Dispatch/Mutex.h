@@ -4,6 +4,10 @@
 
 /// Mutual exclusion with clang's thread-safety annotations. The standard library's locks carry
 /// none, so the analysis would see nothing; these wrappers cost nothing and add the attributes.
+/// A clang build stops where guarded state is touched without its lock; g++ sees plain locks.
+///
+/// Locks here guard the fields of one object, for a few instructions. They are not for waiting:
+/// nothing of another class is called with one held. What must happen in order goes to a queue.
 /// https://clang.llvm.org/docs/ThreadSafetyAnalysis.html
 #if defined(__clang__)
 #define TESSARA_THREAD_ATTRIBUTE(x) __attribute__((x))
@@ -20,12 +24,15 @@
 
 namespace tessara {
 
+/// A `std::mutex` that the analysis knows. Not recursive. A member that is locked by const
+/// operations is `mutable`.
 class TESSARA_THREAD_ATTRIBUTE(capability("mutex")) Mutex {
   public:
+    /// For a condition variable, which unlocks and locks again; all others use a `MutexLock`.
     void lock() TESSARA_THREAD_ATTRIBUTE(acquire_capability()) { mutex_.lock(); }
     void unlock() TESSARA_THREAD_ATTRIBUTE(release_capability()) { mutex_.unlock(); }
 
-    /// For a condition variable's wait; the analysis does not follow it.
+    /// For a wait of `std::condition_variable`; the analysis does not follow it.
     std::mutex& native() { return mutex_; }
 
   private:

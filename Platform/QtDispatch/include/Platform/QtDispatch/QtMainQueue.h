@@ -17,10 +17,13 @@ namespace tessara {
 /// one of the blocks runs; `drain()` is also possible on the thread itself, outside of a block, and
 /// runs there what is due.
 ///
+/// It is not for work that blocks or lasts: the interface stands still meanwhile.
+///
 /// A `QCoreApplication` is there before the queue is made. The queue itself may be let go on any
 /// thread.
 class QtMainQueue final : public DispatchQueue, public std::enable_shared_from_this<QtMainQueue> {
   public:
+    /// Made on the thread whose event loop is to run it. The label is for messages alone.
     explicit QtMainQueue(std::string label);
     ~QtMainQueue() override;
 

@@ -23,13 +23,14 @@ struct SimulatedApplicationDescription {
 };
 
 /// An application of the simulated desktop: it keeps every event that it was given while it was in
-/// front. All operations may be called from any thread.
+/// front. It answers nothing and draws nothing. All operations may be called from any thread.
 class SimulatedApplication {
   public:
     explicit SimulatedApplication(SimulatedApplicationDescription description);
 
     [[nodiscard]] const SimulatedApplicationDescription& description() const;
 
+    // The workspace's: what an application that quits leaves behind is told there.
     [[nodiscard]] bool isRunning() const;
     void setRunning(bool isRunning);
 
@@ -39,6 +40,7 @@ class SimulatedApplication {
     /// As `received`, and forgets them.
     std::vector<CGEvent> takeReceived();
 
+    /// Gives it an event; the event stream's.
     void receive(const CGEvent& event);
 
   private:

@@ -44,6 +44,8 @@ class Dispatcher;
 /// destroyed before the dispatcher.
 class SimulatedDesktop {
   public:
+    /// One display, a keyboard, no mouse and no application; everything is granted. The window
+    /// server has a queue of its own of the dispatcher's.
     explicit SimulatedDesktop(Dispatcher& dispatcher);
     ~SimulatedDesktop();
 
@@ -56,6 +58,7 @@ class SimulatedDesktop {
     SimulatedPointingDevice& attachForeignMouse();
     SimulatedPointingDevice& attachTrackpad();
     SimulatedPointingDevice& attachMouseWithoutVendor();
+    /// Of any other description.
     SimulatedPointingDevice& attach(const SimulatedDeviceDescription& description);
 
     /// Lets an event of the script's making enter at `hid`, with nothing filled in: one without a

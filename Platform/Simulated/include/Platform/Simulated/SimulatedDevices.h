@@ -37,11 +37,12 @@ class SimulatedDevices final : public HIDEventSystem {
     /// The devices that are attached, in the order of their attachment.
     [[nodiscard]] std::vector<std::shared_ptr<SimulatedHIDDevice>> attached() const;
 
-    /// Makes the system one that lacks the call, or one that has it.
+    /// Makes the system one that lacks the call, or one that has it; all are there at first.
     void hide(HIDSymbol symbol);
     void reveal(HIDSymbol symbol);
 
     /// How the events to come name their sender.
+    /// By their HID events at first.
     void reportSendersBy(SenderReporting reporting);
     [[nodiscard]] SenderReporting senderReporting() const;
 

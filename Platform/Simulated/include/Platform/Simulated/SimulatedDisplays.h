@@ -21,6 +21,7 @@ class SimulatedDisplays final : public CursorService {
     /// stays where it is.
     void arrange(const std::vector<CGRect>& displays);
 
+    /// Where the cursor is, in points of the global desktop.
     [[nodiscard]] CGPoint cursor() const;
 
     /// Moves the cursor to the point, or to the nearest one that a cursor can reach.

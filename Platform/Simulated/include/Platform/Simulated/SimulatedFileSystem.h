@@ -19,6 +19,8 @@ namespace tessara {
 /// back what the disk holds. One thread only.
 class SimulatedFileSystem final : public FileSystem {
   public:
+    /// The steps that can fail, a system call each. An atomic replacement takes the five from
+    /// `createTemporary` to `syncFolder`, in this order.
     enum class Step {
         lookUp,
         read,
@@ -26,7 +28,7 @@ class SimulatedFileSystem final : public FileSystem {
         writeTemporary,
         syncTemporary,
         renameIntoPlace,
-        syncFolder,
+        syncFolder,  ///< behind a rename and a removal too
         rename,
         remove,
         createFolder,
@@ -57,7 +59,7 @@ class SimulatedFileSystem final : public FileSystem {
     /// All files, sorted by path; leftover temporaries included.
     [[nodiscard]] std::vector<std::string> files() const;
 
-    /// Steps begun so far, failed ones included.
+    /// Steps begun so far, failed ones included. A restart does not take it back.
     [[nodiscard]] std::size_t stepCount() const { return stepCount_; }
 
     /// Lets the step with this number, counted from 0 as `stepCount()` counts, fail.
@@ -69,6 +71,7 @@ class SimulatedFileSystem final : public FileSystem {
     /// Lets the process die right before the step with this number takes effect.
     void crashAtStep(std::size_t number, UnsyncedWork unsynced);
 
+    /// Whether the process is gone, until the restart.
     [[nodiscard]] bool hasCrashed() const { return hasCrashed_; }
 
     /// Begins a new process on what the disk holds. No failure or crash is set any more.

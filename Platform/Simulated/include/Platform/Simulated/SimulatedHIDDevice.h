@@ -13,7 +13,8 @@
 
 namespace tessara {
 
-/// What a device of the simulated desktop says of itself; what is absent it does not say.
+/// What a device of the simulated desktop says of itself; what is absent it does not say. Usages
+/// are those of the USB HID usage tables.
 struct SimulatedDeviceDescription {
     std::optional<std::int64_t> vendorID;
     std::optional<std::int64_t> productID;
@@ -26,9 +27,11 @@ struct SimulatedDeviceDescription {
     static SimulatedDeviceDescription targetMouse();
     /// A mouse that it is not for.
     static SimulatedDeviceDescription foreignMouse();
+    /// A device that scrolls by pixels, and is not the program's business either.
     static SimulatedDeviceDescription trackpad();
     /// A mouse that names neither vendor nor product.
     static SimulatedDeviceDescription mouseWithoutVendor();
+    /// The keyboard that every desktop has.
     static SimulatedDeviceDescription keyboard();
 };
 
@@ -37,18 +40,21 @@ struct SimulatedDeviceDescription {
 /// answers with nothing and refuses everything. All operations may be called from any thread.
 class SimulatedHIDDevice final : public HIDService {
   public:
+    /// Attached from the start.
     SimulatedHIDDevice(std::uint64_t id, const SimulatedDeviceDescription& description);
 
     /// The sender identifier of its events: never 0, and another one at each plug.
     [[nodiscard]] std::uint64_t id() const { return id_; }
 
+    // Whether it is plugged in. It never comes back: a later plug is another device.
     [[nodiscard]] bool isAttached() const { return isAttached_.load(); }
     void markDetached() { isAttached_.store(false); }
 
     /// Makes `registryID` answer with `value`: a system that answers with no number, or with 0.
     void answerRegistryIDWith(HIDValue value);
 
-    /// Gives the device a property, or takes it away with `std::monostate`.
+    /// Gives the device a property, or takes it away with `std::monostate`, as the system would,
+    /// refusals or not.
     void give(const std::string& key, HIDValue value);
 
     /// Makes `setProperty` fail for the key, or succeed again.

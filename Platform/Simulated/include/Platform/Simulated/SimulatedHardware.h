@@ -16,12 +16,13 @@ class SimulatedHIDDevice;
 class SimulatedInputState;
 
 /// What every device of the simulated desktop works with: where its events go and what they are
-/// made from. Constant after construction.
+/// made from. Scripts have no use for it: they act with the devices. Constant after construction.
 class SimulatedHardware {
   public:
     /// Completes an event that shows the present. False when there is nothing to send after all.
     using Completion = std::move_only_function<bool(CGEvent& event)>;
 
+    /// The clock outlives it.
     SimulatedHardware(const Clock& clock, std::shared_ptr<SimulatedDevices> devices,
                       std::shared_ptr<SimulatedDisplays> displays,
                       std::shared_ptr<SimulatedInputState> hardwareState,

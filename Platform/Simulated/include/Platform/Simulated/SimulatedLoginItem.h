@@ -7,7 +7,8 @@
 
 namespace tessara {
 
-/// A login item of the simulated desktop. A script says how the system takes to it.
+/// The program's login item on the simulated desktop, where nobody ever logs in: it only remembers
+/// what was asked. A script says how the system takes to it, at any time. One thread.
 class SimulatedLoginItem final : public LoginItemService {
   public:
     [[nodiscard]] LoginItemStatus status() const override {
@@ -20,6 +21,7 @@ class SimulatedLoginItem final : public LoginItemService {
         return become(false);
     }
 
+    /// Whether the system finds the program.
     bool isInstalled = true;
     bool isRegistered = false;
     /// Whether the user has allowed the item in the system's settings.

@@ -16,8 +16,11 @@ class SimulatedPermissions final : public PermissionService {
     /// `onAccessibilityRevoked` is called by the thread that revokes, after the change.
     explicit SimulatedPermissions(std::function<void()> onAccessibilityRevoked = {});
 
+    /// Taps can be made and enabled again; those that were disabled stay so.
     void grantAccessibility();
+    /// The system disables the taps that may change events, and their callbacks are told so.
     void revokeAccessibility();
+    // Neither touches a tap that is there.
     void grantInputMonitoring();
     void revokeInputMonitoring();
 

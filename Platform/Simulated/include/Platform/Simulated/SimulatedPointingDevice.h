@@ -33,7 +33,8 @@ class SimulatedPointingDevice {
     /// anything, also not finite; only the raw fields show them then, and the cursor stays.
     void move(double xCounts, double yCounts);
 
-    /// Button 0 is the left one, 1 the right one, any other number another one.
+    /// Button 0 is the left one, 1 the right one, any other number another one. A button may be
+    /// pressed that is down and released that is up: what the script says is what is sent.
     void press(std::int64_t button);
     void release(std::int64_t button);
     /// A press and a release.

@@ -6,7 +6,8 @@
 
 namespace tessara {
 
-/// How often a service that may refuse is to do so from now on. Any thread.
+/// How often a service that may refuse is to do so from now on: what stands behind the switches of
+/// the simulated services. It knows no reasons and counts no requests. Any thread.
 class SimulatedRefusal {
   public:
     /// In place of a count: until told otherwise.

@@ -9,7 +9,8 @@
 namespace tessara {
 
 /// An updater without a network. What a check finds is what the script put into `offer`, and a
-/// script may put it into any state. It has no schedule of its own.
+/// script may put it into any state. It has no schedule of its own, downloads nothing, and every
+/// step of it is over when the call returns. One thread.
 class SimulatedUpdater final : public UpdaterService {
   public:
     void setDelegate(UpdaterDelegate* delegate) override { delegate_ = delegate; }
@@ -30,7 +31,9 @@ class SimulatedUpdater final : public UpdaterService {
     /// Puts the updater into a state, and says so.
     void become(UpdaterState state);
 
+    /// Nothing for a copy of the program that was built without one.
     std::optional<std::string> feed = "https://updates.example/tessara.xml";
+    /// Set by the script alone.
     std::optional<std::chrono::sys_seconds> lastCheck;
     /// What the next check ends in.
     UpdaterState offer{UpdaterState::UpToDate{}};
