@@ -72,12 +72,11 @@ TEST_F(CGPointerCursorTest, a_system_that_refuses_leaves_the_cursor_where_it_is)
 
     desktop.displays().arrange({});
     EXPECT_EQ(cursor.move(1, 1), std::nullopt);
-}
 
-TEST_F(CGPointerCursorTest, a_cursor_without_a_source_never_moves) {
     desktop.eventServices().refuseSources(1);
-    CGPointerCursor cursor(desktop.eventServices(), desktop.displays());
-    EXPECT_EQ(cursor.move(1, 1), std::nullopt);
+    CGPointerCursor withoutSource(desktop.eventServices(), desktop.displays());
+    desktop.displays().arrange({{.x = 0, .y = 0, .width = 100, .height = 100}});
+    EXPECT_EQ(withoutSource.move(1, 1), std::nullopt);
 }
 
 }  // namespace

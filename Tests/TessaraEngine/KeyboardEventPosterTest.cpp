@@ -136,6 +136,10 @@ TEST_F(KeyboardEventPosterTest, own_inventions_are_not_taken_for_the_users_finge
     EXPECT_THAT(release(letterV), ElementsAre("up 9 12000a", "flags 56 100008"));
     EXPECT_THAT(release(letterC), ElementsAre("up 8 100008", "flags 55 0"));
     EXPECT_FALSE(desktop.hardwareState().isKeyDown(leftCommand));
+
+    desktop.keyboard().press(leftCommand);
+    EXPECT_THAT(press(letterC, command), ElementsAre("down 8 100008")) << "the finger's own";
+    EXPECT_THAT(release(letterC), ElementsAre("up 8 100008"));
 }
 
 TEST_F(KeyboardEventPosterTest, caps_lock_shows_while_it_is_on_and_where_a_stroke_asks_for_it) {

@@ -102,6 +102,15 @@ TEST_F(ScrollPipelineTest, a_takeover_goes_by_the_pixels_posted_and_not_by_the_c
     const ScrollPipeline::Metrics metrics = pipeline->snapshotMetrics();
     EXPECT_EQ(metrics.plansSuperseded, 1);
     EXPECT_EQ(metrics.stepsCancelled, 23);
+
+    // One that comes so late that its glide has run out meanwhile carries nothing any more.
+    dispatcher.advance(1s);
+    (void)wheel(1);
+    dispatcher.advance(300ms);
+    (void)pipeline->handle({.lineDelta = 1, .timestampMillis = nowMillis() - 100});
+    playToTheEnd();
+    EXPECT_EQ(pipeline->snapshotMetrics().pixelsPosted, 200);
+    EXPECT_EQ(pipeline->snapshotMetrics().plansSuperseded, 1);
 }
 
 TEST_F(ScrollPipelineTest, a_broken_gesture_is_closed_with_its_own_modifiers_ahead_of_the_next) {

@@ -3,6 +3,7 @@
 #include "EngineOnDesktop.h"
 #include "Support/TestDispatcher.h"
 #include "TessaraEngine/RecordingEventPoster.h"
+#include "TessaraEngine/RecordingSideEffects.h"
 #include "TessaraEngine/TessaraEngine.h"
 
 namespace tessara {
@@ -178,6 +179,11 @@ TEST_F(TessaraEngineTest, motion_is_tapped_only_while_some_profile_needs_it) {
 }
 
 TEST_F(TessaraEngineTest, a_profile_switch_lets_go_of_the_key_and_passes_the_buttons_release) {
+    const auto effects = std::make_shared<RecordingSideEffects>();
+    Config document = documentOfTwoProfiles();
+    document.profiles[1].buttons.push_back(document.profiles[0].buttons[2]);
+    use(document,
+        [&](TessaraEngine::Options& options, EngineOnDesktop&) { options.sideEffects = effects; });
     start();
     on->mouse->press(3);
     EXPECT_THAT(received(on->editor), ElementsAre("key 40 down"));
@@ -188,6 +194,10 @@ TEST_F(TessaraEngineTest, a_profile_switch_lets_go_of_the_key_and_passes_the_but
     on->mouse->release(3);
     on->mouse->spin(1);
     EXPECT_THAT(received(on->game), ElementsAre("button 3 up", "wheel"));
+    on->mouse->click(5);
+    dispatcher.runReady();
+    EXPECT_THAT(effects->effects(), ElementsAre(DPIRequest{shiftedDPI}, DPIRequest{1200}))
+        << "a shift ends at the new profile's resolution";
 }
 
 TEST_F(TessaraEngineTest, no_event_sees_half_a_profile) {
@@ -220,6 +230,14 @@ TEST_F(TessaraEngineTest, no_event_sees_half_a_profile) {
             on->mouse->release(button);
         engine().stop();
     }
+
+    use(documentOfTwoProfiles());
+    start();
+    on->mouse->press(4);
+    engine().activateProfile("org.example.game");
+    EXPECT_THAT(received(on->editor), ElementsAre("key 41 down"))
+        << "an event that is on its way to the tap comes before the switch";
+    on->mouse->release(4);
 }
 
 TEST_F(TessaraEngineTest, the_application_in_front_is_followed_also_where_the_profile_stays) {
@@ -379,7 +397,9 @@ TEST_F(TessaraEngineTest, without_the_private_calls_it_starts_and_every_event_pa
 }
 
 TEST_F(TessaraEngineTest, a_mouse_that_is_unplugged_leaves_nothing_held) {
-    start();
+    on->mouse->detach();
+    on->mouse = &on->desktop.attachTargetMouse();
+    start();  // looks at the devices anew
     // The tap and the mouse go at once: the first reset's releases are still to be posted when the
     // second comes.
     on->mouse->press(0);
@@ -406,6 +426,26 @@ TEST_F(TessaraEngineTest, a_mouse_that_is_unplugged_leaves_nothing_held) {
     EXPECT_THAT(received(on->editor), Each("glide"));
 }
 
+TEST_F(TessaraEngineTest, applications_and_shortcuts_start_only_where_that_is_allowed) {
+    Config document = documentOfTwoProfiles();
+    document.profiles[0].buttons = {
+        {.button = 3, .action = RunShortcutAction{.name = "Lights"}},
+        {.button = 4, .action = LaunchAppAction{.bundleID = "org.example.unknown"}},
+        {.button = 5, .action = LaunchAppAction{.bundleID = "org.example.game"}}};
+    for (const bool areAllowed : {false, true}) {
+        use(document, [&](TessaraEngine::Options& options, EngineOnDesktop&) {
+            options.allowsAppLaunch = options.allowsShortcuts = areAllowed;
+        });
+        start();
+        for (const std::int64_t button : {3, 4, 5})
+            on->mouse->click(button);
+        dispatcher.runReady();
+        EXPECT_EQ(on->desktop.shortcuts().ran().size(), areAllowed ? 1U : 0U);
+        EXPECT_EQ(status().frontmostBundleID,
+                  areAllowed ? "org.example.game" : "org.example.editor");
+    }
+}
+
 TEST_F(TessaraEngineTest, an_engine_that_nobody_stopped_lets_go_at_its_end) {
     const auto posted = std::make_shared<RecordingEventPoster>();
     use(documentOfTwoProfiles(),
@@ -415,19 +455,6 @@ TEST_F(TessaraEngineTest, an_engine_that_nobody_stopped_lets_go_at_its_end) {
     use(documentOfTwoProfiles());
     EXPECT_THAT(posted->emissions(),
                 ElementsAre(KeyEmission{heldKey, true, {}}, KeyEmission{heldKey, false, {}}));
-}
-
-TEST_F(TessaraEngineTest, its_own_output_comes_back_and_passes) {
-    start();
-    on->mouse->spin(1);
-    playOut();
-    const auto lines = received(on->editor);
-    EXPECT_GT(lines.size(), 10U);
-    EXPECT_THAT(lines, Each("glide"));
-    engine().refreshMetrics();
-    EXPECT_EQ(status().scroll.stepsPosted, static_cast<std::int64_t>(lines.size()));
-    EXPECT_EQ(status().tap.events, status().scroll.stepsPosted + 1) << "the wheel and its glide";
-    EXPECT_EQ(status().scope.total(), 1) << "own output is not looked up";
 }
 
 }  // namespace
