@@ -5,9 +5,10 @@
 #include <QVersionNumber>
 #include <QXmlStreamReader>
 #include <algorithm>
-#include <limits>
+#include <charconv>
 #include <map>
 #include <optional>
+#include <system_error>
 #include <utility>
 
 #include <fmt/core.h>
@@ -42,13 +43,11 @@ bool isPackageName(std::string_view name) {
 /// A whole number above zero, in decimal digits alone and without a zero before them, so that each
 /// number has one form.
 std::optional<std::int64_t> positiveNumber(std::string_view text) {
-    if (text.empty() || text.size() > 18 || text.front() == '0') return std::nullopt;
     std::int64_t number = 0;
-    for (const char c : text) {
-        if (c < '0' || c > '9') return std::nullopt;
-        number = number * 10 + (c - '0');
-    }
-    return number;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    const bool isWhole = error == std::errc() && stop == end;
+    return isWhole && number > 0 && text.front() != '0' ? std::optional(number) : std::nullopt;
 }
 
 QVersionNumber versionOf(std::string_view text) {

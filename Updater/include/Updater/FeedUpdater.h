@@ -1,8 +1,6 @@
 #pragma once
 
-#include <QUrl>
 #include <chrono>
-#include <cstdint>
 #include <expected>
 #include <memory>
 #include <optional>
@@ -13,6 +11,7 @@
 #include "Updater/UpdateSignature.h"
 #include "Updater/UpdateTransport.h"
 
+class QByteArray;
 class QFile;
 
 namespace tessara {
