@@ -363,17 +363,23 @@ TEST_F(AppModelTest, the_three_ways_out_of_a_document_that_cannot_be_used) {
     EXPECT_EQ(engineConfig(), Config::default_());
 }
 
-TEST_F(AppModelTest, a_wheel_that_a_driver_of_the_system_sets_is_left_to_it) {
+TEST_F(AppModelTest, a_mouse_that_lost_its_settings_gets_them_but_for_a_wheel_of_the_systems) {
     systemManagesWheel = true;
     launch();
     model->setHighResolutionWheel(true);
+    model->setReportRate(500);
     dispatcher.advance(seconds(1));
     EXPECT_EQ(host.firmware.wheelMode(), 0);
-    EXPECT_EQ(host.firmware.dpi(), Profile::defaultDPI) << "all else is written";
-    systemManagesWheel = false;
-    model->reapplyDeviceSettings();
-    dispatcher.advance(seconds(1));
-    EXPECT_EQ(host.firmware.wheelMode(), 2);
+    for (const bool isTaken : {true, false}) {
+        systemManagesWheel = isTaken;
+        host.firmware.powerCycle();
+        ASSERT_EQ(host.firmware.reportInterval(), 1);
+        model->reapplyDeviceSettings();
+        dispatcher.advance(seconds(1));
+        EXPECT_EQ(host.firmware.reportInterval(), 2);
+        EXPECT_EQ(host.firmware.dpi(), Profile::defaultDPI);
+        EXPECT_EQ(host.firmware.wheelMode(), isTaken ? 0 : 2);
+    }
 }
 
 TEST_F(AppModelTest, the_gate_for_device_settings_writes_all_of_them_when_it_opens) {
@@ -398,17 +404,6 @@ TEST_F(AppModelTest, the_gate_for_device_settings_writes_all_of_them_when_it_ope
     model->setManagesDeviceSettings(false);
     dispatcher.advance(seconds(1));
     EXPECT_EQ(host.firmware.requestCount(), requests) << "closing it asks nothing of the mouse";
-}
-
-TEST_F(AppModelTest, a_mouse_that_lost_its_settings_in_its_sleep_gets_them_back_on_request) {
-    host.defaults.values["device.reportRateHertz"] = std::int64_t{500};
-    launch();
-    host.firmware.powerCycle();
-    ASSERT_EQ(host.firmware.reportInterval(), 1);
-    model->reapplyDeviceSettings();
-    dispatcher.advance(seconds(1));
-    EXPECT_EQ(host.firmware.reportInterval(), 2);
-    EXPECT_EQ(host.firmware.dpi(), Profile::defaultDPI);
 }
 
 TEST_F(AppModelTest, what_happens_to_the_mouse_reaches_the_engine) {
