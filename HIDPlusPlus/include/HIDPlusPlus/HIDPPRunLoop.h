@@ -19,7 +19,7 @@ class HIDTransport;
 ///
 /// Nothing blocks here: a write, which may take as long as the device pleases, goes to the send
 /// queue of its link, so that a stuck write never delays the report that answers it, nor the end of
-/// its link and the connection that follows. Only the end of the run loop waits for it.
+/// its link. Only the end of the run loop waits for it.
 class HIDPPRunLoop {
   public:
     /// `dispatcher` and `transport` outlive the run loop and everything that was made with it.
