@@ -198,11 +198,8 @@ asio::awaitable<void> HIDPPDeviceCore::deviceAppeared() {
     };
     constexpr int attempts = 2;
     for (int attempt = 1; attempt <= attempts; ++attempt) {
-        if (isConnected()) {
-            emitAttached();
-            co_return;
-        }
-        const auto outcome = co_await waitForConnectTask();
+        // Comes back at once when a call has connected meanwhile.
+        const auto outcome = co_await connect();
         if (outcome) {
             emitAttached();
             co_return;
