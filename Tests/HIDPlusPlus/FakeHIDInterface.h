@@ -28,7 +28,7 @@ class FakeHIDInterface final : public HIDInterface,
     std::uint64_t id = 77;
     IOReturn openResult = IOReturn::success;
     IOReturn writeResult = IOReturn::success;
-    /// Runs inside each write that is taken, on the writer's queue.
+    /// Runs inside each write that is taken, on the writer's queue. It may yet change the result.
     std::function<void(const Bytes& report)> onWrite;
 
     bool isOpen = false;
@@ -85,7 +85,7 @@ class FakeHIDInterface final : public HIDInterface,
         const Bytes taken(report.begin(), report.end());
         written.push_back(taken);
         if (onWrite) onWrite(taken);
-        return IOReturn::success;
+        return writeResult;
     }
 
   private:

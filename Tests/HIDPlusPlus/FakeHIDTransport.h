@@ -30,8 +30,12 @@ class FakeHIDTransport final : public HIDTransport {
     void unplug() {
         for (const auto& interface : std::exchange(present_, {})) {
             interface->isGone = true;
-            announce([id = interface->id](HIDHotplugHandlers& handlers) { handlers.departed(id); });
+            announceDeparture(interface->id);
         }
+    }
+
+    void announceDeparture(std::uint64_t id) {
+        announce([id](HIDHotplugHandlers& handlers) { handlers.departed(id); });
     }
 
     std::size_t watchCount() const {

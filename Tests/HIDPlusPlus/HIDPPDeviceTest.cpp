@@ -193,6 +193,8 @@ TEST_F(HIDPPDeviceTest, an_unplug_ends_what_waits_and_forgets_what_was_known) {
     const auto first = begin(device->dpi());
     const auto second = begin(device->wheelMode());
     dispatcher.advance(10ms);
+    transport.announceDeparture(mouse.interface->id - 1);
+    EXPECT_THAT(takeEvents(), IsEmpty()) << "another interface of the mouse";
     mouse.unplug();
     dispatcher.runReady();
     EXPECT_EQ(textOf(first), "device was removed");
@@ -322,15 +324,12 @@ TEST_F(HIDPPDeviceTest, the_end_of_the_object_lets_running_operations_end_and_cl
 }
 
 TEST_F(HIDPPDeviceTest, says_whether_the_user_granted_access) {
-    const struct {
-        HIDListenEventAccess platform;
-        HIDPPInputMonitoringAccess access;
-    } cases[] = {
-        {HIDListenEventAccess::granted, HIDPPInputMonitoringAccess::granted},
-        {HIDListenEventAccess::denied, HIDPPInputMonitoringAccess::denied},
-        {HIDListenEventAccess::unknown, HIDPPInputMonitoringAccess::unknown},
-        {static_cast<HIDListenEventAccess>(9), HIDPPInputMonitoringAccess::unknown},
-    };
+    using Platform = HIDListenEventAccess;
+    using Access = HIDPPInputMonitoringAccess;
+    const std::pair<Platform, Access> cases[] = {{Platform::granted, Access::granted},
+                                                 {Platform::denied, Access::denied},
+                                                 {Platform::unknown, Access::unknown},
+                                                 {static_cast<Platform>(9), Access::unknown}};
     for (const auto& [platform, access] : cases) {
         transport.access = platform;
         EXPECT_EQ(HIDPPDevice::inputMonitoringAccess(transport), access);

@@ -63,13 +63,6 @@ TEST(HIDPPReplies, one_byte_too_few_is_an_error_that_names_the_reply) {
     }
 }
 
-TEST(HIDPPReplies, reads_the_device_information) {
-    const auto information = HIDPPReplies::deviceInformation(
-        Bytes{3, 0xDE, 0xAD, 0xBE, 0x0F, 0x00, 0x09, 1, 2, 3, 0xA, 0xB, 0xC, 99});
-    EXPECT_EQ(information->description(),
-              "entities=3 unitID=DEADBE0F transports=[Bluetooth,USB] modelIDs=0102030A0B0C");
-}
-
 TEST(HIDPPReplies, reads_the_resolutions_as_a_span_or_as_a_list) {
     const struct {
         Bytes payload;
@@ -95,8 +88,12 @@ TEST(HIDPPReplies, reads_the_resolutions_as_a_span_or_as_a_list) {
               "malformed response: empty DPI list");
 }
 
-TEST(HIDPPReplies, reads_settings) {
+TEST(HIDPPReplies, reads_facts_and_settings) {
     using namespace HIDPPReplies;
+    EXPECT_EQ(
+        deviceInformation(Bytes{3, 0xDE, 0xAD, 0xBE, 0x0F, 0x00, 0x09, 1, 2, 3, 0xA, 0xB, 0xC, 99})
+            ->description(),
+        "entities=3 unitID=DEADBE0F transports=[Bluetooth,USB] modelIDs=0102030A0B0C");
     EXPECT_EQ(dpi(Bytes{1, 0x06, 0x40, 0x03, 0x20})->description(),
               "current=1600 default=800 sensor=1");
     EXPECT_EQ(wheelCapability(Bytes{8, 0x0C})->description(),
@@ -180,16 +177,18 @@ TEST(HIDPPDPIRange, normalises_to_the_nearest_value_the_sensor_takes) {
 }
 
 TEST(HIDPPDPIRange, has_bounds_and_a_description) {
-    const HIDPPDPIRange list{List{{800, 400, 1600}}};
-    EXPECT_EQ(list.minimum(), 400);
-    EXPECT_EQ(list.maximum(), 1600);
-    EXPECT_EQ(list.description(), "800, 400, 1600");
-    EXPECT_EQ(HIDPPDPIRange{List{}}.minimum(), 0);
-    EXPECT_EQ(HIDPPDPIRange{List{}}.maximum(), 0);
-    const HIDPPDPIRange span{Range{200, 25600, 50}};
-    EXPECT_EQ(span.minimum(), 200);
-    EXPECT_EQ(span.maximum(), 25600);
-    EXPECT_EQ(span.description(), "200\u201325600 step 50");
+    const struct {
+        HIDPPDPIRange range;
+        std::int64_t minimum, maximum;
+        const char* text;
+    } cases[] = {{{List{{800, 400, 1600}}}, 400, 1600, "800, 400, 1600"},
+                 {{List{}}, 0, 0, ""},
+                 {{Range{200, 25600, 50}}, 200, 25600, "200\u201325600 step 50"}};
+    for (const auto& [range, minimum, maximum, text] : cases) {
+        EXPECT_EQ(range.minimum(), minimum);
+        EXPECT_EQ(range.maximum(), maximum);
+        EXPECT_EQ(range.description(), text);
+    }
 }
 
 TEST(HIDPPReportRate, converts_between_hertz_and_whole_milliseconds) {

@@ -35,7 +35,12 @@ class DeviceMonitorTest : public testing::VirtualTimeTest {
 
     void make(bool managesDeviceSettings = true) {
         monitor = std::make_unique<DeviceMonitor>(managesDeviceSettings, runLoop, main, wallClock);
-        monitor->setOnDeviceEvent([this](const HIDPPEvent& event) { events.push_back(event); });
+        monitor->setOnDeviceEvent([this](const HIDPPEvent& event) {
+            const bool hasGone = !events.empty() && events.back().is<HIDPPEvent::DeviceRemoved>();
+            EXPECT_EQ(snapshot() == DeviceMonitor::Snapshot(), hasGone)
+                << "events follow a refresh";
+            events.push_back(event);
+        });
         QObject::connect(monitor.get(), &DeviceMonitor::snapshotChanged,
                          [this] { ++snapshotChanges; });
     }

@@ -150,6 +150,10 @@ TEST_F(EngineDevice, without_a_way_to_the_mouse_nothing_is_written_to_it) {
 
 TEST_F(EngineDevice, a_mouse_that_cannot_be_reached_leaves_the_input_reshaped_and_is_told_of) {
     useOwnConnection();
+    EXPECT_TRUE(engine().start());
+    engine().stop();
+    dispatcher.advance(seconds(2));
+    EXPECT_EQ(status().lastError, std::nullopt) << "the stop ended the attempt";
     on->hidTransport.setListenEventAccess(HIDListenEventAccess::denied);
     start();
     EXPECT_EQ(status().deviceSettings, SettingsApplyState(SettingsNotPermitted{}));

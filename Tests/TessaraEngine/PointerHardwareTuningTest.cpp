@@ -139,6 +139,7 @@ TEST(PointerHardwareTuning, corrects_both_figures_and_puts_them_back) {
     EXPECT_EQ(tuning->status().lastRestoreReason, Reason::notRequested);
     tuning->request({.isPermitted = true, .deviceDPI = {}});
     EXPECT_EQ(machine.live(resolution), 800 * fixedOne) << "the last figure stands";
+    EXPECT_EQ(tuning->status().lastRestoreReason, std::nullopt);
 }
 
 TEST(PointerHardwareTuning, writes_only_what_it_can_put_back_and_says_what_it_left) {
@@ -219,14 +220,21 @@ TEST(PointerHardwareTuning, a_refused_restore_keeps_the_originals_until_they_are
     auto tuning = machine.startProgram();
     applyAt(*tuning, 1600);
     machine.backend.system.keysRefusedEverywhere = {resolution, acceleration};
-    tuning->restore(Reason::engineStopped);
+    tuning->request({.isPermitted = false, .deviceDPI = {}});
     EXPECT_TRUE(tuning->status().restoreFailed && tuning->status().isApplied);
     EXPECT_THAT(tuning->status().restoreFailedKeys, ElementsAre(resolution, acceleration));
     EXPECT_EQ(tuning->status().lastError,
               "macOS refused to put HIDPointerResolution and HIDMouseAcceleration back on this "
               "device. Tessara's values are still in force and the saved originals have been kept "
               "— they will be tried again, and on the next launch.");
+    machine.backend.system.keysRefusedEverywhere.clear();
+    tuning->deviceBecameReady();
+    EXPECT_TRUE(machine.backend.isOriginal());
+    EXPECT_FALSE(tuning->status().isApplied || tuning->status().lastError);
 
+    applyAt(*tuning, 1600);
+    machine.backend.system.keysRefusedEverywhere = {resolution, acceleration};
+    tuning->restore(Reason::engineStopped);
     tuning = machine.startProgram();
     EXPECT_TRUE(machine.hasFile());
     EXPECT_TRUE(tuning->status().recoveredStrandedCapture && tuning->status().restoreFailed);
@@ -235,6 +243,7 @@ TEST(PointerHardwareTuning, a_refused_restore_keeps_the_originals_until_they_are
                           "originals have been kept and will be tried again."));
     applyAt(*tuning, 1600);
     EXPECT_EQ(tuning->status().capture->resolution, 400 * fixedOne) << "not the corrected one";
+    EXPECT_FALSE(tuning->status().restoreFailed) << "of the last correction";
 
     machine.backend.system.keysRefusedEverywhere.clear();
     tuning = machine.startProgram();
