@@ -1,6 +1,6 @@
-// tessara-pictures FOLDER: draws every window of the interface in each of its states, in light and
-// in dark, small and large, into FOLDER. It needs no display, no mouse and no time: the application
-// runs on the simulated desktop in virtual time.
+// tessara-pictures FOLDER [NAME...]: draws every window of the interface in each of its states, or
+// in those that are named, in light and in dark, small and large, into FOLDER. It needs no display,
+// no mouse and no time: the application runs on the simulated desktop in virtual time.
 
 #include <QDir>
 #include <QGuiApplication>
@@ -128,6 +128,13 @@ void goTo(Scene& scene, OnboardingViewModel::Step step) {
         scene.onboarding->advance();
 }
 
+void turnTheWheel(Scene& scene) {
+    for (int click = 0; click < 3; ++click) {
+        scene.host.mouse->spin(-1);
+        scene.advance();
+    }
+}
+
 void workTheMouse(Scene& scene) {
     DeskModel& desk = *scene.desk;
     for (const int lines : {-1, -1, -1, 1}) {
@@ -159,7 +166,7 @@ std::vector<Picture> allPictures() {
     return {
         {"scroll", mouseIsIn, nothing},
         {"scroll-middle", mouseIsIn, nothing, 0.5},
-        {"scroll-end", mouseIsIn, nothing, 1},
+        {"scroll-end", mouseIsIn, turnTheWheel, 1},
         {"scroll-advanced", mouseIsIn, nothing, 1, Shown::settings, opensAdvanced},
         {"scroll-picker", mouseIsIn, nothing, 0.12, Shown::settings, opensPicker},
         {"scroll-off", mouseIsIn, edits([](ScrollSettings& scroll) { scroll.isEnabled = false; })},

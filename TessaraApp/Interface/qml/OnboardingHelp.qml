@@ -24,8 +24,8 @@ Rectangle {
         id: room
         anchors.fill: parent
         ColumnLayout {
-            Layout.margins: 14
-            spacing: 10
+            Layout.margins: 12
+            spacing: 8
             Repeater {
                 model: frame.help.findings
                 StatusDot {

@@ -22,9 +22,16 @@ T.ApplicationWindow {
 
     component PageToCome: SettingsPage {
         settings: window.settings
+        Icon {
+            Layout.alignment: Qt.AlignHCenter
+            Layout.topMargin: 64
+            implicitWidth: 48
+            implicitHeight: 48
+            symbol: window.settings.pageSymbol
+            color: Theme.colors.border
+        }
         Label {
             Layout.fillWidth: true
-            Layout.topMargin: 60
             horizontalAlignment: Text.AlignHCenter
             text: window.settings.comingText
             color: Theme.colors.secondaryText

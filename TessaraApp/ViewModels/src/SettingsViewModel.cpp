@@ -46,6 +46,10 @@ QString SettingsViewModel::windowTitle() const {
     return tabs().at(selectedTab()).value<SettingsTab>().title;
 }
 
+QString SettingsViewModel::pageSymbol() const {
+    return tabs().at(selectedTab()).value<SettingsTab>().symbol;
+}
+
 bool SettingsViewModel::isInProfileScope() const {
     return selectedTab_ <= Tab::pointer;
 }
@@ -92,9 +96,10 @@ void SettingsViewModel::refreshNotices() {
 
 std::vector<std::unique_ptr<Notice>> SettingsViewModel::makeNotices() {
     std::vector<std::unique_ptr<Notice>> notices;
-    for (auto& notice : {&SettingsViewModel::makeProblemNotice, &SettingsViewModel::makeStateNotice,
-                         &SettingsViewModel::makeLimitationNotice}) {
-        if (auto made = (this->*notice)()) notices.push_back(std::move(made));
+    for (const auto make :
+         {&SettingsViewModel::makeProblemNotice, &SettingsViewModel::makeStateNotice,
+          &SettingsViewModel::makeLimitationNotice}) {
+        if (auto notice = (this->*make)()) notices.push_back(std::move(notice));
     }
     return notices;
 }

@@ -2,6 +2,7 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import QtQuick.Layouts
 import QtQuick.Templates as T
+import Tessara.Interface
 import Tessara.Style
 import Tessara.Desk
 
@@ -24,6 +25,7 @@ T.ApplicationWindow {
         property string title
         property bool isOn
         signal turned(bool isOn)
+        Layout.fillWidth: true
         spacing: 12
         Label {
             Layout.fillWidth: true
@@ -42,9 +44,9 @@ T.ApplicationWindow {
         spacing: 20
 
         ColumnLayout {
-            Layout.preferredWidth: 300
+            Layout.minimumWidth: 300
             Layout.maximumWidth: 300
-            spacing: 12
+            spacing: 14
             DeskMouse {
                 Layout.alignment: Qt.AlignHCenter
                 desk: window.desk
@@ -56,27 +58,33 @@ T.ApplicationWindow {
                 font.pixelSize: Theme.smallSize
                 wrapMode: Text.WordWrap
             }
+            Section {
+                Layout.fillHeight: false
+                ColumnLayout {
+                    spacing: 12
+                    SwitchRow {
+                        title: window.desk.plugTitle
+                        isOn: window.desk.isPluggedIn
+                        onTurned: isOn => window.desk.isPluggedIn = isOn
+                    }
+                    SwitchRow {
+                        title: window.desk.inputMonitoringTitle
+                        isOn: window.desk.hasInputMonitoring
+                        onTurned: isOn => window.desk.hasInputMonitoring = isOn
+                    }
+                    SwitchRow {
+                        title: window.desk.accessibilityTitle
+                        isOn: window.desk.hasAccessibility
+                        onTurned: isOn => window.desk.hasAccessibility = isOn
+                    }
+                    Button {
+                        Layout.fillWidth: true
+                        text: window.desk.interruptTitle
+                        onClicked: window.desk.interruptTap()
+                    }
+                }
+            }
             Item { Layout.fillHeight: true }
-            SwitchRow {
-                title: window.desk.plugTitle
-                isOn: window.desk.isPluggedIn
-                onTurned: isOn => window.desk.isPluggedIn = isOn
-            }
-            SwitchRow {
-                title: window.desk.inputMonitoringTitle
-                isOn: window.desk.hasInputMonitoring
-                onTurned: isOn => window.desk.hasInputMonitoring = isOn
-            }
-            SwitchRow {
-                title: window.desk.accessibilityTitle
-                isOn: window.desk.hasAccessibility
-                onTurned: isOn => window.desk.hasAccessibility = isOn
-            }
-            Button {
-                Layout.fillWidth: true
-                text: window.desk.interruptTitle
-                onClicked: window.desk.interruptTap()
-            }
         }
         ColumnLayout {
             spacing: 8

@@ -54,7 +54,7 @@ class DeskModel : public QObject {
     ~DeskModel() override;
 
     [[nodiscard]] QStringList applications() const;
-    /// The index of the application in front.
+    /// The index of the application in front. Bringing forward one that is not there is ignored.
     [[nodiscard]] int frontmost() const { return frontmost_; }
     void bringToFront(int index);
 

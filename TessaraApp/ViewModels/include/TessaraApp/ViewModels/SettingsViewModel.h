@@ -42,6 +42,7 @@ class SettingsViewModel : public QObject {
     Q_PROPERTY(QVariantList tabs READ tabs CONSTANT)
     Q_PROPERTY(int selectedTab READ selectedTab WRITE setSelectedTab NOTIFY selectedTabChanged)
     Q_PROPERTY(QString windowTitle READ windowTitle NOTIFY selectedTabChanged)
+    Q_PROPERTY(QString pageSymbol READ pageSymbol NOTIFY selectedTabChanged)
     Q_PROPERTY(bool isInProfileScope READ isInProfileScope NOTIFY selectedTabChanged)
     Q_PROPERTY(QString tabBarLabel READ tabBarLabel CONSTANT)
     Q_PROPERTY(QString comingText READ comingText CONSTANT)
@@ -66,8 +67,10 @@ class SettingsViewModel : public QObject {
     /// The index of a `Tab`; another is ignored.
     [[nodiscard]] int selectedTab() const { return static_cast<int>(selectedTab_); }
     void setSelectedTab(int index);
-    /// The title of the selected tab.
+    /// The title of the selected tab, which is the window's.
     [[nodiscard]] QString windowTitle() const;
+    /// The symbol of the selected tab.
+    [[nodiscard]] QString pageSymbol() const;
     /// Whether the selected page edits one profile.
     [[nodiscard]] bool isInProfileScope() const;
 
@@ -75,7 +78,8 @@ class SettingsViewModel : public QObject {
     [[nodiscard]] QString tabBarLabel() const;
     [[nodiscard]] QString comingText() const;
 
-    /// `Notice`s, from top to bottom.
+    /// `Notice`s, from top to bottom: a document that cannot be read, what holds the program up,
+    /// and what this session keeps it from. They live until `noticesChanged`.
     [[nodiscard]] QVariantList notices() const;
 
     /// Whether the desktop has a tray with the program's menu; taken for granted at first. Without
@@ -86,6 +90,7 @@ class SettingsViewModel : public QObject {
     [[nodiscard]] QString quitText() const;
     Q_INVOKABLE void quit() { Q_EMIT quitRequested(); }
 
+    /// The profile that the pages edit.
     [[nodiscard]] ProfileBinding& profile() { return profile_; }
     [[nodiscard]] ProfileScopeModel* profileScope() { return &profileScope_; }
     [[nodiscard]] ScrollPageModel* scrollPage() { return &scrollPage_; }
