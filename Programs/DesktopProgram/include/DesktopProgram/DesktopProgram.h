@@ -46,6 +46,8 @@ class DesktopProgram : public QObject {
     /// calls this.
     void raise();
 
+    /// Opens the window, or brings it forward as it is. The settings start afresh each time that
+    /// they are opened; the onboarding is where the user left it.
     void showSettings();
     void showOnboarding();
 

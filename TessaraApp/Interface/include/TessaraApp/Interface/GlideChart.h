@@ -30,8 +30,10 @@ class GlideChart : public QQuickPaintedItem {
     [[nodiscard]] ScrollPreviewModel* preview() const { return preview_; }
     void setPreview(ScrollPreviewModel* preview);
 
-    /// The line from the start of the glide through each of its steps, on a canvas of this size.
-    /// Empty where there is nothing to draw but the baseline.
+    /// The line from the start of the glide through each of its steps, on a canvas of this size in
+    /// pixels, with a margin of 8 on each side. Time goes from left to right, from 0 to the plan's
+    /// duration; the way goes up, from 0 to the plan's total. Empty where there is nothing to draw
+    /// but the baseline: without a plan, or for one without time or way.
     [[nodiscard]] static QPolygonF lineOf(const std::optional<ScrollPlan>& plan, QSizeF canvas);
 
     void paint(QPainter* painter) override;

@@ -25,7 +25,9 @@ class SingleInstance : public QObject {
     explicit SingleInstance(QString name);
     ~SingleInstance() override;
 
-    /// True when this is the first copy. When it is not, the first one has been told.
+    /// True when this is the first copy, which it is from then on for as long as this lives. When
+    /// it is not, the first one has been told; one that does not answer is waited for for a second.
+    /// Where nothing can be claimed, every copy is the first. Once.
     [[nodiscard]] bool claim();
 
     // NOLINTNEXTLINE(readability-redundant-access-specifiers): what follows is for the bus.

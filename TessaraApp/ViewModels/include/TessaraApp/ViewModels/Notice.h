@@ -31,20 +31,24 @@ class Notice : public QObject {
     Q_ENUM(Kind)
 
     struct Action {
+        /// What its button says.
         QString text;
         std::function<void()> perform;
     };
 
+    /// Title and message are shown as they are; the actions stand in their order beneath.
     Notice(Kind kind, QString title, QString message, std::vector<Action> actions,
            QObject* parent = nullptr);
 
     [[nodiscard]] Kind kind() const { return kind_; }
+    /// The symbol of the kind, by its name in the program's set.
     [[nodiscard]] QString symbol() const;
     [[nodiscard]] const QString& title() const { return title_; }
     [[nodiscard]] const QString& message() const { return message_; }
     /// The texts of the actions, in order.
     [[nodiscard]] QStringList actions() const;
-    /// Performs the action at `index`, which may well be the end of this notice.
+    /// Performs the action at `index`, which may well be the end of this notice. An index that
+    /// `actions` does not have stops the process.
     Q_INVOKABLE void perform(int index);
 
     /// Whether both show the same.

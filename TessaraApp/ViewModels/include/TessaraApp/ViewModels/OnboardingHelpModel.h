@@ -19,6 +19,7 @@ struct OnboardingFinding {
     Q_PROPERTY(bool isGranted MEMBER isGranted CONSTANT)
 
   public:
+    /// What it is, and what is wrong with it if something is.
     QString text;
     bool isGranted = false;
 };
@@ -42,19 +43,22 @@ class OnboardingHelpModel : public QObject {
     /// outlives this.
     OnboardingHelpModel(PermissionHelp* help, QObject* parent);
 
+    /// Whether there is anything to show. Without, the findings and the command are empty.
     [[nodiscard]] bool isAvailable() const { return help_ != nullptr; }
 
     /// An `OnboardingFinding` for each thing that is needed.
     [[nodiscard]] QVariantList findings() const;
+    /// The command as it is typed into a terminal, what it is called, and what it does.
     [[nodiscard]] QString commandTitle() const;
     [[nodiscard]] QString command() const;
     [[nodiscard]] QString commandHelp() const;
     [[nodiscard]] QString grantText() const;
 
-    /// Lets the system ask for an administrator's password and run the command.
+    /// Lets the system ask for an administrator's password and run the command. Returns at once;
+    /// what came of it shows in the findings.
     Q_INVOKABLE void grant();
 
-    /// Looks again.
+    /// Looks again how everything stands, and tells what differs. Cheap enough for a watch.
     void refresh();
 
   Q_SIGNALS:

@@ -87,10 +87,12 @@ class OnboardingViewModel : public QObject {
                         PermissionHelp* help, OpenLink openLink);
     ~OnboardingViewModel() override;
 
-    /// Watches the permissions while the window is there; looks at once, then every 600 ms.
+    /// Watches the permissions while the window is there: looks at once, then every 600 ms, and
+    /// goes on by itself from a step whose permission is there. Twice the same is once.
     Q_INVOKABLE void setWatching(bool isWatching);
 
-    /// The primary button: one step on, and on the last one the end of the onboarding.
+    /// The primary button: one step on, with or without the permission; on the last one the end of
+    /// the onboarding, which is remembered, and `finished`.
     Q_INVOKABLE void advance();
     /// One step back, never below the first.
     Q_INVOKABLE void goBack();
@@ -118,25 +120,32 @@ class OnboardingViewModel : public QObject {
     [[nodiscard]] QString leadText() const { return content_.leadText; }
     /// An `OnboardingBullet` for each line of a list; empty mostly.
     [[nodiscard]] QVariantList bullets() const;
+    /// What else there is to know of the step, less weighty.
     [[nodiscard]] QString detailText() const { return content_.detailText; }
     /// Something particular about this machine; empty mostly.
     [[nodiscard]] QString extraText() const { return content_.extraText; }
     /// A permission step whose permission is not there: what to do is shown, and the button.
     [[nodiscard]] bool asksForGrant() const { return content_.asksForGrant; }
     [[nodiscard]] QString howToText() const { return content_.howToText; }
+    /// The button that opens the page of the system's settings, or shows the help.
     [[nodiscard]] QString openSettingsText() const { return content_.openSettingsText; }
+    /// Whether the help is shown; once it is, it stays.
     [[nodiscard]] bool showsHelp() const { return showsHelp_; }
     [[nodiscard]] OnboardingHelpModel* help() { return &help_; }
+    /// That the window goes on by itself, and what the program never does.
     [[nodiscard]] QString watchingText() const;
     [[nodiscard]] QString promiseText() const;
     /// The last step, where the switch for the login stands.
     [[nodiscard]] bool offersLogin() const { return content_.step == done; }
     [[nodiscard]] QString startAtLoginText() const { return tr("Start Tessara when I log in"); }
     [[nodiscard]] bool startsAtLogin() const { return content_.startsAtLogin; }
+    /// Asks the system for it. What is shown is what the system says afterwards.
     void setStartsAtLogin(bool starts);
+    /// What the state of the login item means for the user.
     [[nodiscard]] QString loginStatusText() const { return content_.loginStatusText; }
     /// Empty unless the system refused the last change of the switch.
     [[nodiscard]] QString loginErrorText() const { return content_.loginErrorText; }
+    /// What stands at the end of the step; empty mostly.
     [[nodiscard]] QString closingText() const { return content_.closingText; }
 
   Q_SIGNALS:
@@ -147,6 +156,7 @@ class OnboardingViewModel : public QObject {
     void finished();
 
   private:
+    /// All that is shown of a step.
     struct Content {
         Step step = welcome;
         QString symbol;

@@ -18,6 +18,7 @@ class ProfileBinding : public QObject {
     Q_OBJECT
 
   public:
+    /// Picks the default profile.
     explicit ProfileBinding(AppModel& model, QObject* parent = nullptr);
 
     /// What was picked last, whether or not the document still has it.
@@ -28,7 +29,8 @@ class ProfileBinding : public QObject {
     /// none at all.
     [[nodiscard]] const Profile& profile() const { return profile_; }
 
-    /// Changes that profile in the document. Dropped when the document does not have it.
+    /// Changes that profile in the document: `change` is called once, at once, on a copy. Dropped
+    /// when the document does not have the profile. The save and the engine follow in their time.
     void edit(const std::function<void(Profile& profile)>& change);
 
   Q_SIGNALS:

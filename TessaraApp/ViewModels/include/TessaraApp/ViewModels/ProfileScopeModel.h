@@ -28,11 +28,13 @@ class ProfileScopeModel : public QObject {
     /// Both outlive this.
     ProfileScopeModel(AppModel& model, ProfileBinding& binding, QObject* parent = nullptr);
 
+    /// What the picker is called.
     [[nodiscard]] QString title() const;
     /// The profiles in the order of the document. Names can stand twice; the index tells.
     [[nodiscard]] const QStringList& names() const { return names_; }
     /// The profile that the pages show, -1 when the document has none.
     [[nodiscard]] int currentIndex() const { return currentIndex_; }
+    /// Picks the profile at that index of `names`; another index is ignored.
     Q_INVOKABLE void choose(int index);
 
     /// Whether the picked profile is the one in use; the text says so, or which one is, or nothing.

@@ -76,7 +76,8 @@ class ScrollPageModel : public QObject {
     [[nodiscard]] QString resetAllText() const;
     Q_INVOKABLE void resetAll();
 
-    // The controls, in the order of the page.
+    // The controls, in the order of the page. Distances are in points, times in milliseconds, the
+    // gain and the limit of the acceleration are factors (`ScrollSettings`).
 
     ToggleSetting* const smoothing;
     ToggleSetting* const vertical;

@@ -49,7 +49,11 @@ class ScrollPreviewModel : public QObject {
     [[nodiscard]] QVariantList rows() const;
     /// Absent when the wheel is not smoothed.
     [[nodiscard]] const std::optional<ScrollPlan>& plan() const { return plan_; }
+    /// The plan in words: its way in points, its time in milliseconds, its steps; without a plan,
+    /// that the wheel is left alone.
     [[nodiscard]] QString planText() const;
+    /// Whether the panel scrolls as the plan says: what stands in the way, the weightiest first, or
+    /// how much has been reshaped since the engine began.
     [[nodiscard]] const QString& liveStatus() const { return liveStatus_; }
 
     /// What a screen reader calls the two pictures.

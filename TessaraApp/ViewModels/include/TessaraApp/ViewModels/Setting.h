@@ -12,7 +12,9 @@ namespace tessara {
 /// Where a setting is kept, and when it can be changed. `read` and `write` reach the same place.
 template <typename T>
 struct SettingAccess {
+    /// What is kept now.
     std::function<T()> read;
+    /// Keeps another value; where that cannot be, nothing happens.
     std::function<void(const T& value)> write;
     /// Absent where the setting can always be changed.
     std::function<bool()> isEnabled = {};
@@ -34,16 +36,18 @@ class Setting : public QObject {
     Q_PROPERTY(bool isEnabled READ isEnabled NOTIFY isEnabledChanged)
 
   public:
+    /// What the control is called, on the page and by a screen reader.
     [[nodiscard]] const QString& title() const { return title_; }
+    /// What it does, and at what price.
     [[nodiscard]] const QString& help() const { return help_; }
     /// What the way back to the default is called.
     [[nodiscard]] QString resetLabel() const;
     [[nodiscard]] bool isEnabled() const { return isEnabled_; }
 
-    /// Sets the default.
+    /// Writes the default, also when it is shown already.
     Q_INVOKABLE virtual void reset() = 0;
 
-    /// Takes over what is kept and tells what differs.
+    /// Takes over what is kept, the value and whether it can be changed, and tells what differs.
     void refresh();
 
   Q_SIGNALS:
@@ -72,6 +76,7 @@ class ToggleSetting : public tessara::Setting {
     Q_PROPERTY(bool isOn READ isOn NOTIFY isOnChanged)
 
   public:
+    /// Reads what is kept. The access lasts as long as this.
     ToggleSetting(QString title, QString help, bool defaultValue, SettingAccess<bool> access,
                   QObject* parent);
 
@@ -106,6 +111,7 @@ class ChoiceSetting : public tessara::Setting {
                   SettingAccess<int> access, QObject* parent);
 
     [[nodiscard]] const QStringList& labels() const { return labels_; }
+    /// The index of what is kept; -1 for none of the labels.
     [[nodiscard]] int currentIndex() const { return currentIndex_; }
     /// Writes the choice of the user, also when it is shown already: what is kept may be something
     /// that only reads as this choice.
@@ -141,12 +147,15 @@ class SliderSetting : public tessara::Setting {
     Q_PROPERTY(bool canStepDown READ canStepDown NOTIFY valueChanged)
 
   public:
+    /// All in the unit of the setting, which only `format` shows.
     struct Range {
+        /// The ends, which belong to it.
         double from = 0;
         double to = 1;
         /// The units of the slider and of the stepper.
         double step = 0.1;
         double precisionStep = 0.01;
+        /// What the way back sets.
         double defaultValue = 0;
         /// The value as text, with its unit.
         std::function<QString(double value)> format;
@@ -158,10 +167,13 @@ class SliderSetting : public tessara::Setting {
     [[nodiscard]] double from() const { return range_.from; }
     [[nodiscard]] double to() const { return range_.to; }
     [[nodiscard]] double step() const { return range_.step; }
+    /// What is kept, which may lie out of the range.
     [[nodiscard]] double value() const { return value_; }
     /// Where the slider stands: the value, limited to the range.
     [[nodiscard]] double position() const;
+    /// The value with its unit.
     [[nodiscard]] QString text() const { return range_.format(value_); }
+    /// Whether there is room within the range.
     [[nodiscard]] bool canStepUp() const { return value_ < range_.to; }
     [[nodiscard]] bool canStepDown() const { return value_ > range_.from; }
 
@@ -169,6 +181,7 @@ class SliderSetting : public tessara::Setting {
     Q_INVOKABLE void slideTo(double position);
     /// The value itself was set: writes it, limited to the range. Nothing when it is that already.
     Q_INVOKABLE void setTo(double value);
+    /// One `precisionStep` on from the value, within the range.
     Q_INVOKABLE void stepUp();
     Q_INVOKABLE void stepDown();
     void reset() override;

@@ -21,7 +21,8 @@ class Icon : public QQuickPaintedItem {
   public:
     explicit Icon(QQuickItem* parent = nullptr);
 
-    /// The symbol as a picture of `size` by `size` pixels, for what is not drawn by QML.
+    /// The symbol as a picture of `size` by `size` pixels on nothing, for what is not drawn by QML.
+    /// A name that has no file stops the process.
     [[nodiscard]] static QImage image(const QString& symbol, const QColor& color, int size);
 
     [[nodiscard]] const QString& symbol() const { return symbol_; }

@@ -35,11 +35,14 @@ class Theme : public QObject {
     explicit Theme(QObject* parent = nullptr);
     ~Theme() override;
 
-    /// `system` at first.
+    /// From now on `light` or `dark` whatever the system says, or again what it says; `system` at
+    /// first.
     void setAppearance(Appearance appearance);
+    /// The colours in force. The reference holds; `colorsChanged` says that another one is meant.
     [[nodiscard]] const ThemeColors& colors() const { return *colors_; }
 
-    /// Heights of text in pixels, from the font of the application.
+    /// Sizes of text in pixels, from the font of the application: of what is read, of the help
+    /// beneath it, of the titles of sections, and of the one title of a window.
     [[nodiscard]] int bodySize() const { return bodySize_; }
     [[nodiscard]] int smallSize() const { return smallSize_; }
     [[nodiscard]] int titleSize() const { return titleSize_; }
@@ -47,7 +50,8 @@ class Theme : public QObject {
     /// The system's font whose characters are all of one width.
     [[nodiscard]] QString fixedFamily() const { return fixedFamily_; }
 
-    /// How long a control takes to show a change. Zero keeps everything still, for pictures.
+    /// How long a control takes to show a change, in milliseconds. Zero keeps everything still, for
+    /// pictures.
     [[nodiscard]] int motionMillis() const { return motionMillis_; }
     void setMotionMillis(int millis);
 

@@ -8,6 +8,7 @@
 namespace tessara {
 
 /// The colours of one of the two appearances, named by what they are for and not by how they look.
+/// Text stands out from what it is written on by 4.5 to 1 or more (WCAG 2.1, level AA).
 struct ThemeColors {
     Q_GADGET
     QML_VALUE_TYPE(themeColors)
