@@ -77,16 +77,18 @@ bool RunLoop::isCurrent() const noexcept {
 }
 
 void RunLoop::addNow(DispatchQueue::Block block) {
+    bool runsHere = false;
     {
         MutexLock lock(mutex_);
-        agenda_.add({clock_.now(), sequence_++}, std::move(block));
-        if (wakeUp_ == atWork) return;
-        wakeUp_ = atWork;
+        // The loop's own thread comes here from a descriptor that is ready and not from a block,
+        // for then it is at work: it need go neither through the system once more nor, when nothing
+        // comes before the block, through the agenda.
+        runsHere = wakeUp_ != atWork && !ended_ && isCurrent() && !isAnyDue();
+        if (!runsHere) agenda_.add({clock_.now(), sequence_++}, std::move(block));
+        if (std::exchange(wakeUp_, atWork) == atWork) return;
     }
-    // The loop's own thread comes here from a descriptor that is ready and not from a block, for
-    // then it is at work: it need not go through the system once more.
-    if (isCurrent()) {
-        runDue();
+    if (runsHere) {
+        runNow(std::move(block));
     } else {
         wake();
     }
@@ -124,7 +126,13 @@ void RunLoop::runFromTimer() {
     runDue();
 }
 
-/// A block that throws ends the process here.
+/// A block that throws ends the process here, and in `runDue`.
+void RunLoop::runNow(DispatchQueue::Block block) noexcept {
+    block();
+    block = nullptr;
+    runDue();
+}
+
 void RunLoop::runDue() noexcept {
     for (int i = 0; i < blocksPerRound; ++i) {
         auto block = takeDue();
@@ -147,6 +155,10 @@ std::optional<DispatchQueue::Block> RunLoop::takeDue() {
     }
     wakeUp_ = atWork;
     return agenda_.takeNext(now, sequence_++);
+}
+
+bool RunLoop::isAnyDue() const {
+    return !agenda_.isEmpty() && agenda_.next().deadline <= clock_.now();
 }
 
 void RunLoop::setWakeUp(TimePoint moment) {

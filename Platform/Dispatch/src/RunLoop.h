@@ -76,8 +76,10 @@ class RunLoop final : public std::enable_shared_from_this<RunLoop> {
     void wake();
     void run();
     void runFromTimer();
+    void runNow(DispatchQueue::Block block) noexcept;
     void runDue() noexcept;
     [[nodiscard]] std::optional<DispatchQueue::Block> takeDue();
+    [[nodiscard]] bool isAnyDue() const TESSARA_REQUIRES(mutex_);
     void setWakeUp(TimePoint moment) TESSARA_REQUIRES(mutex_);
 
     const SystemClock clock_;
