@@ -7,19 +7,24 @@
 #include <fcntl.h>
 #include <libevdev/libevdev.h>
 #include <sys/ioctl.h>
+#include <unistd.h>
 
 #include "Platform/Dispatch/DispatchQueue.h"
 
 namespace tessara {
 namespace {
 
-/// Events that are read before the queue's other work gets its turn.
-constexpr int eventsPerTurn = 512;
+/// Room for several reports, which come together only after a delay.
+constexpr std::size_t eventsPerRead = 64;
 
-/// Reads when nothing is left of the last read, and not once for every event.
+/// Reads when libevdev has nothing left of its last read, and not once for every event.
 constexpr unsigned readWhenEmpty = LIBEVDEV_READ_FLAG_NORMAL | LIBEVDEV_READ_FLAG_BLOCKING;
 /// Reads nothing, and tells of the differences in state.
-constexpr unsigned synchronize = LIBEVDEV_READ_FLAG_SYNC;
+constexpr unsigned tellDifferences = LIBEVDEV_READ_FLAG_SYNC | LIBEVDEV_READ_FLAG_BLOCKING;
+
+bool hasState(const input_event& event) {
+    return event.type == EV_KEY || event.type == EV_LED || event.type == EV_SW;
+}
 
 }  // namespace
 
@@ -85,31 +90,47 @@ bool EvdevReader::isCapsLockLit() const {
     return libevdev_get_event_value(device_.get(), EV_LED, LED_CAPSL) != 0;
 }
 
+/// One read as a rule takes all that there is. What is left calls here again.
 bool EvdevReader::read() {
-    for (int count = 0; count < eventsPerTurn; ++count) {
+    std::array<input_event, eventsPerRead> events;
+    const ssize_t size = ::read(descriptor_.get(), events.data(), sizeof events);
+    if (size < 0) {
+        if (errno == EAGAIN || errno == EINTR) return true;
+        end(errno);
+        return false;
+    }
+    const auto count = static_cast<std::size_t>(size) / sizeof(input_event);
+    for (const input_event& event : std::span(events).first(count)) {
+        if (event.type == EV_SYN && event.code == SYN_DROPPED) return synchronize();
+        if (hasState(event))
+            libevdev_set_event_value(device_.get(), event.type, event.code, event.value);
+        take(event);
         if (!descriptor_) return false;
+    }
+    return true;
+}
+
+/// The kernel has dropped events. libevdev throws away what is left of them, and tells, as events,
+/// how the kernel's state differs from the one that it knows. What it reads meanwhile comes after.
+bool EvdevReader::synchronize() {
+    unsigned flags = LIBEVDEV_READ_FLAG_FORCE_SYNC;
+    while (descriptor_) {
         input_event event{};
-        const unsigned flags = isSynchronizing_ ? synchronize : readWhenEmpty;
         const int status = libevdev_next_event(device_.get(), flags, &event);
-        if (status == -EAGAIN && !isSynchronizing_) return true;
+        if (status == -EAGAIN && flags == readWhenEmpty) return true;
         if (status == -EAGAIN) {
-            isSynchronizing_ = false;
-        } else if (status == LIBEVDEV_READ_STATUS_SYNC && !isSynchronizing_) {
-            isSynchronizing_ = true;
+            flags = readWhenEmpty;
+        } else if (status == LIBEVDEV_READ_STATUS_SYNC && flags != tellDifferences) {
+            flags = tellDifferences;
             frameSize_ = 0;
             handlers_.onLoss();
         } else if (status >= 0) {
             take(event);
         } else if (status != -EINTR) {
             end(-status);
-            return false;
         }
     }
-    // Events that are read already wake nobody.
-    queue_->post([weak = weak_from_this()] {
-        if (const auto self = weak.lock()) static_cast<void>(self->read());
-    });
-    return true;
+    return false;
 }
 
 void EvdevReader::take(const input_event& event) {
@@ -122,8 +143,7 @@ void EvdevReader::take(const input_event& event) {
     }
     frame_[frameSize_++] = event;
     if (!isEnd) return;
-    const Frame frame = std::span(frame_).first(std::exchange(frameSize_, 0));
-    if (descriptor_) handlers_.onFrame(frame);
+    handlers_.onFrame(std::span(frame_).first(std::exchange(frameSize_, 0)));
 }
 
 void EvdevReader::end(int error) {

@@ -75,6 +75,7 @@ class EvdevReader : public std::enable_shared_from_this<EvdevReader> {
 
     int openNode(const std::string& node);
     [[nodiscard]] bool read();
+    [[nodiscard]] bool synchronize();
     void take(const input_event& event);
     void end(int error);
 
@@ -83,7 +84,6 @@ class EvdevReader : public std::enable_shared_from_this<EvdevReader> {
     std::unique_ptr<libevdev, Free> device_;  // on the descriptor's number, which it does not own
     std::optional<ReadableWatch> watch_;      // while it is read
     Handlers handlers_;
-    bool isSynchronizing_ = false;
     std::array<input_event, frameCapacity> frame_{};
     std::size_t frameSize_ = 0;
 };
