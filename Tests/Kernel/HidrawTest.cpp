@@ -11,6 +11,7 @@
 
 #include <asio/any_io_executor.hpp>
 #include <asio/co_spawn.hpp>
+#include <asio/use_future.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sched.h>
@@ -22,7 +23,6 @@
 #include "Kernel/UHIDDevice.h"
 #include "Kernel/UHIDMouse.h"
 #include "Kernel/WaitFor.h"
-#include "Platform/Dispatch/Awaitables.h"
 #include "Platform/Dispatch/ThreadedDispatcher.h"
 #include "Platform/Linux/HidrawTransport.h"
 #include "Platform/Simulated/SimulatedMouse.h"
@@ -47,16 +47,7 @@ class HidrawTest : public ::testing::Test {
     /// Begins an operation of the client.
     template <typename T>
     std::future<T> begin(asio::awaitable<T> operation) const {
-        auto outcome = std::make_shared<std::promise<T>>();
-        auto future = outcome->get_future();
-        asio::co_spawn(caller_->executor(), keep(std::move(operation), std::move(outcome)),
-                       RethrowException());
-        return future;
-    }
-    template <typename T>
-    static asio::awaitable<void> keep(asio::awaitable<T> operation,
-                                      std::shared_ptr<std::promise<T>> outcome) {
-        outcome->set_value(co_await std::move(operation));
+        return asio::co_spawn(caller_->executor(), std::move(operation), asio::use_future);
     }
 
     template <typename T>
