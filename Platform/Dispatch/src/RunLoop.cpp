@@ -57,6 +57,7 @@ void RunLoop::start(std::string label) {
         self.reset();
         departing->remove();
     });
+    threadID_ = thread_.get_id();
 }
 
 void RunLoop::end() {
@@ -73,7 +74,7 @@ void RunLoop::end() {
 }
 
 bool RunLoop::isCurrent() const noexcept {
-    return std::this_thread::get_id() == thread_.get_id();
+    return std::this_thread::get_id() == threadID_;
 }
 
 void RunLoop::addNow(DispatchQueue::Block block) {

@@ -87,6 +87,7 @@ class RunLoop final : public std::enable_shared_from_this<RunLoop> {
     const QualityOfService quality_;
     const std::chrono::nanoseconds lead_;  // by how much the thread wakes ahead of a deadline
     std::thread thread_;                   // set by start(), let go by end()
+    std::thread::id threadID_;  // constant after start(): the thread's, also when it ended
 
     asio::io_context io_{1};  // one thread runs it
     const asio::executor_work_guard<asio::io_context::executor_type> work_{io_.get_executor()};

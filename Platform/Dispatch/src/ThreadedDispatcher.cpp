@@ -23,21 +23,28 @@ class ThreadedDispatcher::Queue final : public DispatchQueue,
     }
     ~Queue() override { loop_->end(); }
 
-    void post(Block block) override { loop_->addNow(std::move(block)); }
+    // What is posted may be the last to hold the queue, and may have run before the call is over:
+    // from then on there is only the loop that the call holds itself.
+
+    void post(Block block) override {
+        const auto loop = loop_;
+        loop->addNow(std::move(block));
+    }
 
     void postAt(TimePoint deadline, Block block) override {
-        loop_->add(deadline, std::move(block));
+        const auto loop = loop_;
+        loop->add(deadline, std::move(block));
     }
 
     std::unique_ptr<DispatchTimer> startTimer(TimePoint first, std::chrono::nanoseconds interval,
                                               std::chrono::nanoseconds leeway,
                                               std::move_only_function<void()> handler) override {
         auto timer = std::make_shared<RepeatingTimer>(interval, leeway, std::move(handler));
-        loop_->add(first, timer);
+        const auto loop = loop_;
+        loop->add(first, timer);
         return std::make_unique<RepeatingTimerHandle>(
-            std::move(timer), [loop = loop_](const RepeatingTimer& withdrawn) noexcept {
-                loop->withdraw(withdrawn);
-            });
+            std::move(timer),
+            [loop](const RepeatingTimer& withdrawn) noexcept { loop->withdraw(withdrawn); });
     }
 
     void drain() override {

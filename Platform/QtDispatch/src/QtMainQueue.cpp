@@ -184,12 +184,17 @@ QtMainQueue::~QtMainQueue() {
     loop_->end();
 }
 
+// What is posted may be the last to hold the queue, and may have run before the call is over: from
+// then on there is only the loop that the call holds itself.
+
 void QtMainQueue::post(Block block) {
-    loop_->addNow(std::move(block));
+    const auto loop = loop_;
+    loop->addNow(std::move(block));
 }
 
 void QtMainQueue::postAt(TimePoint deadline, Block block) {
-    loop_->add(deadline, std::move(block));
+    const auto loop = loop_;
+    loop->add(deadline, std::move(block));
 }
 
 std::unique_ptr<DispatchTimer> QtMainQueue::startTimer(TimePoint first,
@@ -197,11 +202,12 @@ std::unique_ptr<DispatchTimer> QtMainQueue::startTimer(TimePoint first,
                                                        std::chrono::nanoseconds leeway,
                                                        std::move_only_function<void()> handler) {
     auto timer = std::make_shared<RepeatingTimer>(interval, leeway, std::move(handler));
-    loop_->add(first, timer);
+    const auto loop = loop_;
+    loop->add(first, timer);
     return std::make_unique<RepeatingTimerHandle>(
         std::move(timer),
-        [weakLoop = std::weak_ptr(loop_)](const RepeatingTimer& withdrawn) noexcept {
-            if (const auto loop = weakLoop.lock()) loop->withdraw(withdrawn);
+        [weakLoop = std::weak_ptr(loop)](const RepeatingTimer& withdrawn) noexcept {
+            if (const auto live = weakLoop.lock()) live->withdraw(withdrawn);
         });
 }
 

@@ -59,8 +59,8 @@ class DispatchTimer {
 ///     that is running.
 /// 11. A block that throws stops the process.
 ///
-/// A queue is shared: blocks may be posted as long as somebody holds it. When the last holder lets
-/// go what has not yet run is destroyed.
+/// A queue is shared: it runs as long as somebody holds it, be it a block that is being posted.
+/// When the last holder lets go what has not yet run is destroyed.
 class DispatchQueue {
   public:
     using Block = std::move_only_function<void()>;
