@@ -3,7 +3,9 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <future>
 #include <memory>
@@ -547,6 +549,20 @@ TEST(Input, a_virtual_mouse_that_fails_gives_the_mouse_back_until_it_works_again
     desk.mouse.pointer().move(9, 0);
     static_cast<void>(real.framesUntil({EV_REL, REL_X, 9}));
     EXPECT_TRUE(waitFor([&] { return !desk.taps.lastRefusal(); })) << "it has been made anew";
+}
+
+TEST(Input, a_mouse_of_another_seat_is_left_as_it_is) {
+    const char* const place = "usb-0000:00:14.0-6/input0";
+    std::filesystem::create_directories("/run/udev/rules.d");
+    std::ofstream("/run/udev/rules.d/72-other-seat.rules") << fmt::format(
+        "SUBSYSTEM==\"input\", ATTRS{{phys}}==\"{}\", ENV{{ID_SEAT}}=\"seat-other\"\n", place);
+    ASSERT_EQ(std::system("udevadm control --reload"), 0);
+    Desk desk;
+    desk.beginTap();
+    const UHIDPointer other(desk.dispatcher, wantedMouse(place));
+    EXPECT_TRUE(waitFor([&] { return desk.taps.lastRefusal().has_value(); }));
+    EXPECT_THAT(desk.taps.lastRefusal().value_or(""), HasSubstr("another seat"));
+    EXPECT_TRUE(EventNode(other.eventNode()).grab(true));
 }
 
 TEST(Input, two_hundred_plugs_and_unplugs_leak_nothing) {

@@ -172,6 +172,10 @@ void EvdevTap::openMouse(const InputDevice& device) {
         refuse(device, "has more than buttons, motion and wheels, and is left as it is", 0);
         return;
     }
+    if (device.seat != firstSeat) {
+        refuse(device, "is of another seat than the virtual mouse, and is left as it is", 0);
+        return;
+    }
     auto reader = EvdevReader::open(device.node, queue_);
     if (!reader) {
         unopened_.emplace(device.id, device);

@@ -125,6 +125,7 @@ std::optional<InputDevice> describeInputDevice(const UdevDevice& device) {
                                .version = 0});
     described.isPassable = described.role == InputRole::pointer &&
                            isPassable(keys, relativeAxes, capabilities(*input, "capabilities/abs"));
+    described.seat = device.property("ID_SEAT").value_or(firstSeat);
     if (const auto hid = input->parent("hid"))
         described.hidDriver = hid->property("DRIVER").value_or("");
     return described;

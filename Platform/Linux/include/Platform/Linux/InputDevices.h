@@ -43,11 +43,16 @@ struct InputDevice {
     /// A pointer whose every key is a mouse button and whose every axis is one that the virtual
     /// mouse has too. Others cannot be taken over without losing something.
     bool isPassable = false;
+    /// The screen and keyboard that it goes with, by udev's name, where a computer has several.
+    std::string seat;
     /// The driver of the HID device above it; empty where there is none.
     std::string hidDriver;
 
     bool operator==(const InputDevice&) const = default;
 };
+
+/// The seat of devices that nobody has put elsewhere, all virtual ones among them.
+inline constexpr const char* firstSeat = "seat0";
 
 /// The bits of one of the kernel's capability files, "capabilities/key" and the like: hexadecimal
 /// words of `unsigned long`, the highest first, leading words of nothing left out. Bit n stands for

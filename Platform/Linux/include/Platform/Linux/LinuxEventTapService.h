@@ -36,7 +36,8 @@ struct InputDeviceMatch {
 ///   `tapDisabledByUserInput`. The system takes the right away when somebody else's session comes
 ///   to the front, and hands it out again when this one does.
 /// - A mouse with more than buttons, motion and wheels on its pointer node is not grabbed: the rest
-///   would be lost. Neither is any while the virtual mouse cannot be written to.
+///   would be lost. Neither is one of another seat than the first, to which the virtual mouse
+///   belongs, nor any while the virtual mouse cannot be written to.
 /// - When a grab ends, buttons that are down on the virtual mouse because the tap let them pass are
 ///   released there. A finger that is still on one has then let go as far as the desktop knows; the
 ///   release that the mouse itself reports later finds no press to go with, and does nothing.
