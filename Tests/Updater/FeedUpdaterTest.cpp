@@ -322,6 +322,22 @@ TEST_F(FeedUpdaterTest, a_bad_server_is_an_error_and_nothing_else) {
     EXPECT_TRUE(downloaded().isEmpty());
 }
 
+TEST_F(FeedUpdaterTest, a_server_that_sends_little_by_little_is_not_waited_for_without_end) {
+    server.answers["/feed.xml"] = [this](QTcpSocket& socket) {
+        socket.write("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n");
+        const auto drip = [this, &socket] {
+            socket.write("<");
+            socket.flush();
+            dispatcher.advance(15s);
+        };
+        for (int drop = 1; drop <= 4; ++drop)
+            QTimer::singleShot(drop * 50ms, &socket, drip);
+    };
+    start();
+    check();
+    EXPECT_TRUE(failed("Tessara could not check for updates. The server did not answer in time."));
+}
+
 TEST_F(FeedUpdaterTest, looks_once_a_day_and_an_hour_after_a_failure_while_it_is_switched_on) {
     const std::string feed = folder.write("feed.xml", feedOf(release));
     settings.feedURL = "file://" + feed;
