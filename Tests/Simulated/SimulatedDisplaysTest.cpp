@@ -36,6 +36,14 @@ TEST_F(SimulatedDisplaysTest, a_point_off_all_displays_is_pulled_to_the_nearest_
     }
 }
 
+TEST_F(SimulatedDisplaysTest, a_cursor_whose_display_goes_moves_to_the_nearest_that_is_left) {
+    displays.moveCursor({.x = 1590, .y = 600});
+    displays.arrange({{.x = 0, .y = 0, .width = 1000, .height = 800}});
+    EXPECT_EQ(displays.cursor(), (CGPoint{.x = 999, .y = 600}));
+    displays.arrange({});
+    EXPECT_EQ(displays.cursor(), (CGPoint{.x = 999, .y = 600}));
+}
+
 TEST_F(SimulatedDisplaysTest, motion_stops_at_an_edge_and_the_deltas_tell_of_the_hand) {
     auto& mouse = desktop.attachForeignMouse();
     displays.moveCursor({.x = 990, .y = 10});
