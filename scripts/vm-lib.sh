@@ -7,6 +7,8 @@
 
 vm=$root/build/vm
 vm_tree=$vm/tree
+# Two processors, which take the computer's time.
+vm_processors=(-accel 'tcg,thread=multi' -smp 2)
 vm_modules=(hid hid-generic uhid uinput evdev)
 # One unpacked kernel with these modules serves every clone of the tree.
 vm_kernels=${XDG_CACHE_HOME:-$HOME/.cache}/tessara-vm/${vm_modules[*]}
@@ -147,7 +149,7 @@ vm_boot() {
 # twice as long with them, for each call of the system.
 # shellcheck disable=SC2317 # Called through `step`.
 vm_run() {
-    exec timeout "$1" nice -n 5 qemu-system-x86_64 -accel tcg,thread=multi -smp 2 -m 512M \
+    exec timeout "$1" nice -n 5 qemu-system-x86_64 "${vm_processors[@]}" -m 512M \
         -display none -monitor none -nic none -no-reboot \
         -serial "file:$vm/console" -serial "file:$vm/output" \
         -kernel "$kernel/vmlinuz" -initrd "$vm/initrd" \

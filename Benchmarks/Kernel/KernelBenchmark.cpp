@@ -50,7 +50,7 @@ using testing::EventNode;
 using testing::NodeFrame;
 using testing::waitFor;
 
-constexpr int rounds = 8;
+constexpr int rounds = 6;
 constexpr int reportsPerRound = 1000;
 constexpr auto reportInterval = milliseconds(1);
 /// How many reports in a row differ, so that none is taken for another.
