@@ -123,6 +123,8 @@ TEST_F(HidrawInterfaceTest, a_device_that_takes_nothing_ends_the_write_in_time) 
     for (int written = 0; written < 100'000 && result == IOReturn::success; ++written)
         result = interface->writeReport(0x11, longReport);
     EXPECT_EQ(result, IOReturn::timeout);
+    unplug();
+    EXPECT_EQ(interface->writeReport(0x11, longReport), IOReturn::noDevice) << "whatever the error";
 }
 
 TEST_F(HidrawInterfaceTest, a_device_that_is_gone_is_gone_also_when_its_node_has_come_back) {
