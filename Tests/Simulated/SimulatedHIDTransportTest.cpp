@@ -53,25 +53,6 @@ TEST_F(SimulatedHIDTransportTest, each_opening_hears_its_own_reports_once) {
     EXPECT_THAT(heard, ElementsAre("second"));
 }
 
-TEST_F(SimulatedHIDTransportTest, each_plug_is_told_apart_and_what_is_pulled_out_stays_gone) {
-    std::vector<std::uint64_t> departed;
-    const auto watch = transport.watch(
-        0x046D, 0xC099, queue,
-        {.arrived = [this] { heard.emplace_back("arrived"); },
-         .departed = [&](std::uint64_t registryID) { departed.push_back(registryID); }});
-    const auto vendor = interfaces().back();
-    listen(*vendor, "report");
-    mouse.setRatchet(false);
-    transport.unplug(mouse);
-    transport.plug(mouse);
-    dispatcher.runReady();
-    EXPECT_THAT(heard, ElementsAre("arrived"));
-    EXPECT_EQ(departed.size(), 3U);
-    EXPECT_EQ(departed.back(), vendor->registryID());
-    EXPECT_LT(departed.back(), interfaces().front()->registryID());
-    EXPECT_EQ(vendor->open(), IOReturn::noDevice);
-}
-
 TEST_F(SimulatedHIDTransportTest, a_write_that_is_held_ends_as_the_device_stands_then) {
     const auto vendor = interfaces().back();
     EXPECT_EQ(vendor->open(), IOReturn::success);
