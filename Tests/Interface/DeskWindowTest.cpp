@@ -1,3 +1,5 @@
+#include <QWheelEvent>
+
 #include <gmock/gmock.h>
 
 #include "Desk/DeskModel.h"
@@ -39,7 +41,11 @@ class DeskWindowTest : public InterfaceTest {
 
 TEST_F(DeskWindowTest, pointer_and_keys_work_the_mouse_and_the_log_tells_what_arrives) {
     driver->turnWheel("Mouse", Client, -2);
-    EXPECT_THAT(log(), ElementsAre("Editor: a glide of -100 px, in 25 steps"));
+    settle();
+    for (int half = 0; half < 2; ++half)
+        desk.turn({0, QWheelEvent::DefaultDeltasPerStep / 2});
+    EXPECT_THAT(log(), ElementsAre("Editor: a glide of -100 px, in 25 steps",
+                                   "Editor: a glide of 50 px, in 22 steps"));
     driver->drag("Button 3", Button, {});
     driver->drag("Mouse", Client, {7, -5});
     EXPECT_THAT(log(), ElementsAre("Editor: button 3 pressed", "Editor: button 3 released",

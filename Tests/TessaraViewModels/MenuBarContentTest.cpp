@@ -44,10 +44,11 @@ class MenuBarContentTest : public testing::VirtualTimeTest {
     SimulatedAppHost host{dispatcher};
     AppModel model{host.appPlatform()};
     std::vector<std::string> asked;
-    MenuBarContent menu{model,
-                        {.showOnboarding = [this] { asked.push_back("onboarding"); },
-                         .showSettings = [this] { asked.push_back("settings"); },
-                         .terminate = [this] { asked.push_back("terminate"); }}};
+    MenuBarContent menu{
+        model,
+        {.showOnboarding = [this] { asked.push_back("onboarding"); },
+         .showSettings = [this] { asked.push_back("settings"); },
+         .terminate = [this] { asked.push_back(model.engine() ? "too early" : "terminate"); }}};
     int changes = 0;
 };
 
@@ -93,7 +94,6 @@ TEST_F(MenuBarContentTest, each_line_does_what_it_says) {
     menu.run(Command::openSettings);
     menu.run(Command::quit);
     EXPECT_THAT(asked, ElementsAre("onboarding", "settings", "terminate"));
-    EXPECT_EQ(model.engine(), nullptr) << "stopped before the program ends";
 }
 
 }  // namespace

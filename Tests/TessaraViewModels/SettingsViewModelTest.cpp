@@ -107,6 +107,7 @@ TEST_F(SettingsViewModelTest, what_the_session_hides_is_told_until_the_user_know
         dispatcher.advance(seconds(5));
         return titles().size();
     };
+    EXPECT_EQ(limit("There is no display."), 1U);
     EXPECT_EQ(limit("No window can be seen."), 1U);
     EXPECT_EQ(notice(0).message(), "No window can be seen.");
     perform(0, 0);
