@@ -200,7 +200,7 @@ class TessaraEngine : public std::enable_shared_from_this<TessaraEngine> {
     std::optional<std::int64_t> lastDeviceReportedDPI_;
     std::optional<std::uint64_t> installedTapMask_;
     std::shared_ptr<ProfileWatcher> profileWatcher_;
-    std::uint64_t watchersMade_ = 0;
+    std::uint64_t watchersMade_ = 0;  // the number of the present one
     EngineStatus status_;
     std::function<void(const EngineStatus&)> onStatusChange_;
     EventStream<EngineStatus> statusChanges_;
