@@ -7,10 +7,6 @@ namespace {
 
 using ::testing::SizeIs;
 
-HIDValue number(std::int64_t value) {
-    return value;
-}
-
 TEST(SimulatedDevices, a_detached_device_leaves_the_list_and_answers_with_nothing) {
     SimulatedDevices devices;
     const auto device = devices.attach(SimulatedDeviceDescription::targetMouse());
@@ -19,7 +15,7 @@ TEST(SimulatedDevices, a_detached_device_leaves_the_list_and_answers_with_nothin
     EXPECT_THAT(*devices.services(), SizeIs(0));
     EXPECT_EQ(before->front()->registryID(), HIDValue{});
     EXPECT_EQ(before->front()->copyProperty("VendorID"), HIDValue{});
-    EXPECT_FALSE(before->front()->setProperty("HIDPointerResolution", number(1)));
+    EXPECT_FALSE(before->front()->setProperty("HIDPointerResolution", std::int64_t{1}));
     EXPECT_NE(devices.attach(SimulatedDeviceDescription::targetMouse())->id(), device->id());
 }
 

@@ -56,15 +56,6 @@ void SimulatedHIDDevice::give(const std::string& key, HIDValue value) {
     properties_.insert_or_assign(key, std::move(value));
 }
 
-void SimulatedHIDDevice::refuseProperty(const std::string& key, bool refuses) {
-    MutexLock lock(mutex_);
-    if (refuses) {
-        refusedKeys_.insert(key);
-    } else {
-        refusedKeys_.erase(key);
-    }
-}
-
 HIDValue SimulatedHIDDevice::registryID() const {
     if (!isAttached()) return std::monostate{};
     MutexLock lock(mutex_);
@@ -81,7 +72,6 @@ HIDValue SimulatedHIDDevice::copyProperty(std::string_view key) const {
 bool SimulatedHIDDevice::setProperty(std::string_view key, const HIDValue& value) {
     if (!isAttached()) return false;
     MutexLock lock(mutex_);
-    if (refusedKeys_.contains(key)) return false;
     properties_.insert_or_assign(std::string(key), value);
     return true;
 }

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 
@@ -37,7 +36,7 @@ struct SimulatedDeviceDescription {
 
 /// One input device as the event system of the simulated desktop has it. Its properties are those
 /// of the description under the system's names, and whatever was set since. Once it is detached it
-/// answers with nothing and refuses everything. All operations may be called from any thread.
+/// answers with nothing and takes nothing. All operations may be called from any thread.
 class SimulatedHIDDevice final : public HIDService {
   public:
     /// Attached from the start.
@@ -53,12 +52,8 @@ class SimulatedHIDDevice final : public HIDService {
     /// Makes `registryID` answer with `value`: a system that answers with no number, or with 0.
     void answerRegistryIDWith(HIDValue value);
 
-    /// Gives the device a property, or takes it away with `std::monostate`, as the system would,
-    /// refusals or not.
+    /// Gives the device a property, or takes it away with `std::monostate`.
     void give(const std::string& key, HIDValue value);
-
-    /// Makes `setProperty` fail for the key, or succeed again.
-    void refuseProperty(const std::string& key, bool refuses = true);
 
     [[nodiscard]] HIDValue registryID() const override;
     [[nodiscard]] HIDValue copyProperty(std::string_view key) const override;
@@ -70,7 +65,6 @@ class SimulatedHIDDevice final : public HIDService {
     mutable Mutex mutex_;
     HIDValue registryID_ TESSARA_GUARDED_BY(mutex_);
     std::map<std::string, HIDValue, std::less<>> properties_ TESSARA_GUARDED_BY(mutex_);
-    std::set<std::string, std::less<>> refusedKeys_ TESSARA_GUARDED_BY(mutex_);
 };
 
 }  // namespace tessara
