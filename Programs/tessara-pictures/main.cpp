@@ -26,7 +26,7 @@
 namespace tessara {
 namespace {
 
-/// A system without pages for permissions, where everything is missing but one thing.
+/// A system without pages for permissions, where most of what is needed is missing.
 class MissingRights final : public PermissionHelp {
   public:
     [[nodiscard]] std::vector<PermissionFinding> findings() const override {
@@ -34,12 +34,12 @@ class MissingRights final : public PermissionHelp {
             {"/dev/uinput may not be written by you, so Tessara cannot send scrolling, keys and "
              "buttons.",
              false},
-            {"/dev/input/event7 may not be used by you, so Tessara cannot see the mouse's "
-             "wheel, buttons and movement.",
-             false},
-            {"Tessara can read and set the mouse's resolution.", true},
-            {"The keyboard may not be read by you, so scrolling and buttons that ask for Shift, "
-             "Control or another modifier key act as if it were never held.",
+            {"Tessara can see the mouse's wheel, buttons and movement. The keyboard may not be "
+             "read by you, so scrolling and buttons that ask for Shift, Control or another "
+             "modifier key act as if it were never held.",
+             true},
+            {"/dev/hidraw3 may not be used by you, so Tessara cannot read or set the mouse's "
+             "resolution.",
              false}};
     }
     [[nodiscard]] std::string command() const override {

@@ -24,8 +24,8 @@ Rectangle {
         id: room
         anchors.fill: parent
         ColumnLayout {
-            Layout.margins: 12
-            spacing: 8
+            Layout.margins: 14
+            spacing: 12
             Repeater {
                 model: frame.help.findings
                 StatusDot {
