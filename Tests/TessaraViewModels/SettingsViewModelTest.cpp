@@ -17,6 +17,7 @@ namespace {
 
 using std::chrono::seconds;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 class SettingsViewModelTest : public testing::VirtualTimeTest {
@@ -98,6 +99,29 @@ TEST_F(SettingsViewModelTest, a_document_that_cannot_be_read_has_three_ways_out)
     perform(0, 1);
     EXPECT_THAT(titles(), IsEmpty());
     EXPECT_EQ(host.files.contents(SimulatedAppHost::configPath), mine);
+}
+
+TEST_F(SettingsViewModelTest, what_could_not_be_written_is_told_until_it_is) {
+    using enum SimulatedFileSystem::Step;
+    open();
+    host.files.failEvery(writeTemporary, FileError::Kind::noSpace);
+    model->editConfig([](Config& config) { config.profiles[0].name = "Mine"; });
+    dispatcher.advance(seconds(2));
+    EXPECT_THAT(titles(), ElementsAre("xmark.octagon.fill Your settings could not be saved"));
+    perform(0, 0);
+    EXPECT_EQ(titles().size(), 1U) << "it is as bad as before";
+    host.files.failEvery(writeTemporary, std::nullopt);
+    perform(0, 0);
+    EXPECT_THAT(titles(), IsEmpty());
+    EXPECT_THAT(host.files.contents(SimulatedAppHost::configPath).value(), HasSubstr("Mine"));
+
+    host.files.putFile(SimulatedAppHost::configPath, "{");
+    host.files.failEvery(rename, FileError::Kind::noSpace);
+    model->retryReadingConfig();
+    model->startFreshConfig();
+    EXPECT_THAT(titles(), ElementsAre(problem,
+                                      "xmark.octagon.fill Your settings file could not "
+                                      "be moved aside"));
 }
 
 TEST_F(SettingsViewModelTest, what_the_session_hides_is_told_until_the_user_knows) {

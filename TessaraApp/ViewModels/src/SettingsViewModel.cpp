@@ -19,6 +19,7 @@ SettingsViewModel::SettingsViewModel(AppModel& model, QObject* parent)
       notices_(makeNotices()) {
     const auto refresh = &SettingsViewModel::refreshNotices;
     connect(&model.store(), &ConfigStore::problemChanged, this, refresh);
+    connect(&model.store(), &ConfigStore::lastSaveErrorChanged, this, refresh);
     connect(&model, &AppModel::permissionsChanged, this, refresh);
     connect(&model, &AppModel::statusChanged, this, refresh);
     connect(&model.preferences(), &AppPreferences::isPausedByUserChanged, this, refresh);
@@ -97,8 +98,8 @@ void SettingsViewModel::refreshNotices() {
 std::vector<std::unique_ptr<Notice>> SettingsViewModel::makeNotices() {
     std::vector<std::unique_ptr<Notice>> notices;
     for (const auto make :
-         {&SettingsViewModel::makeProblemNotice, &SettingsViewModel::makeStateNotice,
-          &SettingsViewModel::makeLimitationNotice}) {
+         {&SettingsViewModel::makeProblemNotice, &SettingsViewModel::makeSaveNotice,
+          &SettingsViewModel::makeStateNotice, &SettingsViewModel::makeLimitationNotice}) {
         if (auto notice = (this->*make)()) notices.push_back(std::move(notice));
     }
     return notices;
@@ -117,6 +118,24 @@ std::unique_ptr<Notice> SettingsViewModel::makeProblemNotice() {
             {tr("Try Reading It Again"), [this] { model_.retryReadingConfig(); }},
             {tr("Move It Aside And Start Fresh"), [this] { model_.startFreshConfig(); }},
             {tr("Show In Finder"), [this] { model_.revealConfigFile(); }}});
+}
+
+std::unique_ptr<Notice> SettingsViewModel::makeSaveNotice() {
+    const ConfigStore& store = model_.store();
+    if (!store.lastSaveError()) return nullptr;
+    const QString why = QString::fromStdString(*store.lastSaveError());
+    if (store.problem()) {
+        return std::make_unique<Notice>(Notice::Kind::problem,
+                                        tr("Your settings file could not be moved aside"), why,
+                                        std::vector<Notice::Action>{});
+    }
+    return std::make_unique<Notice>(
+        Notice::Kind::problem, tr("Your settings could not be saved"),
+        tr("%1 What you changed is in force, and Tessara tries to save it again at your next "
+           "change and when it quits.")
+            .arg(why),
+        std::vector<Notice::Action>{
+            {tr("Save Again"), [this] { model_.store().save(model_.config()); }}});
 }
 
 std::unique_ptr<Notice> SettingsViewModel::makeStateNotice() {

@@ -78,8 +78,9 @@ class SettingsViewModel : public QObject {
     [[nodiscard]] QString tabBarLabel() const;
     [[nodiscard]] QString comingText() const;
 
-    /// `Notice`s, from top to bottom: a document that cannot be read, what holds the program up,
-    /// and what this session keeps it from. They live until `noticesChanged`.
+    /// `Notice`s, from top to bottom: a document that cannot be read, one that could not be
+    /// written, what holds the program up, and what this session keeps it from. They live until
+    /// `noticesChanged`.
     [[nodiscard]] QVariantList notices() const;
 
     /// Whether the desktop has a tray with the program's menu; taken for granted at first. Without
@@ -108,6 +109,7 @@ class SettingsViewModel : public QObject {
     void refreshNotices();
     [[nodiscard]] std::vector<std::unique_ptr<Notice>> makeNotices();
     [[nodiscard]] std::unique_ptr<Notice> makeProblemNotice();
+    [[nodiscard]] std::unique_ptr<Notice> makeSaveNotice();
     [[nodiscard]] std::unique_ptr<Notice> makeStateNotice();
     [[nodiscard]] std::unique_ptr<Notice> makeLimitationNotice();
 
