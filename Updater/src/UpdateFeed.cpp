@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <charconv>
 #include <map>
+#include <memory>
 #include <optional>
 #include <system_error>
 #include <utility>
@@ -44,8 +45,8 @@ bool isPackageName(std::string_view name) {
 /// number has one form.
 std::optional<std::int64_t> positiveNumber(std::string_view text) {
     std::int64_t number = 0;
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    const char* const end = std::to_address(text.end());
+    const auto [stop, error] = std::from_chars(std::to_address(text.begin()), end, number);
     const bool isWhole = error == std::errc() && stop == end;
     return isWhole && number > 0 && text.front() != '0' ? std::optional(number) : std::nullopt;
 }

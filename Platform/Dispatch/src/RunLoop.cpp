@@ -78,21 +78,26 @@ bool RunLoop::isCurrent() const noexcept {
 }
 
 void RunLoop::addNow(DispatchQueue::Block block) {
-    bool runsHere = false;
+    if (isCurrent() && beginsWithNothingDue()) {
+        runNow(std::move(block));
+        return;
+    }
     {
         MutexLock lock(mutex_);
-        // The loop's own thread comes here from a descriptor that is ready and not from a block,
-        // for then it is at work: it need go neither through the system once more nor, when nothing
-        // comes before the block, through the agenda.
-        runsHere = wakeUp_ != atWork && !ended_ && isCurrent() && !isAnyDue();
-        if (!runsHere) agenda_.add({clock_.now(), sequence_++}, std::move(block));
+        agenda_.add({clock_.now(), sequence_++}, std::move(block));
         if (std::exchange(wakeUp_, atWork) == atWork) return;
     }
-    if (runsHere) {
-        runNow(std::move(block));
-    } else {
-        wake();
-    }
+    wake();
+}
+
+/// The loop's own thread adds to it from a descriptor that is ready and not from a block when it is
+/// not at work. It need go neither through the system once more nor, when nothing comes before what
+/// it adds, through the agenda.
+bool RunLoop::beginsWithNothingDue() {
+    MutexLock lock(mutex_);
+    if (wakeUp_ == atWork || ended_ || isAnyDue()) return false;
+    wakeUp_ = atWork;
+    return true;
 }
 
 void RunLoop::wake() {

@@ -76,6 +76,7 @@ class RunLoop final : public std::enable_shared_from_this<RunLoop> {
     void wake();
     void run();
     void runFromTimer();
+    [[nodiscard]] bool beginsWithNothingDue();
     void runNow(DispatchQueue::Block block) noexcept;
     void runDue() noexcept;
     [[nodiscard]] std::optional<DispatchQueue::Block> takeDue();

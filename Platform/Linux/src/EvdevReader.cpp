@@ -92,6 +92,7 @@ bool EvdevReader::isCapsLockLit() const {
 
 /// One read as a rule takes all that there is. What is left calls here again.
 bool EvdevReader::read() {
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): what is looked at is what was read.
     std::array<input_event, eventsPerRead> events;
     const ssize_t size = ::read(descriptor_.get(), events.data(), sizeof events);
     if (size < 0) {

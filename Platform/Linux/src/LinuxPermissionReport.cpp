@@ -154,7 +154,7 @@ LinuxPermissionReport LinuxPermissionReport::read(const std::vector<InputDeviceM
         const bool isVirtual = place.find("/virtual/input/") != std::string::npos;
         if (isWanted(mice, place)) {
             report.inputNodes.push_back({path, isUsable});
-        } else if (!isVirtual && isKeyboard(root + "/sys/class/input/" + name)) {
+        } else if (!isVirtual && isKeyboard(fmt::format("{}/sys/class/input/{}", root, name))) {
             report.keyboards.push_back({path, isUsable});
         }
     }

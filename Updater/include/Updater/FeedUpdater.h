@@ -32,8 +32,7 @@ class WallClock;
 ///   computer's sleep. A last check that lies ahead is a clock put right since, and a check is due.
 /// - A feed that cannot be read is tried again an hour later.
 /// - What the user has not yet answered is not checked anew on schedule, and what they have
-/// answered
-///   is not asked again within a day.
+///   answered is not asked again within a day.
 /// - A package is verified when it has come and again before it is handed on; one that does not
 ///   verify is deleted. One that no application opens is left where it is.
 class FeedUpdater final : public UpdaterService {

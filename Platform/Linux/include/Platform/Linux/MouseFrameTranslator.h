@@ -66,7 +66,7 @@ class MouseFrameTranslator {
   private:
     /// One of the two wheels.
     struct Wheel {
-        WheelCodes codes;
+        WheelCodes codes{};
         CGEventField field{};  ///< of the lines, in the event that is shown
         bool passesHighResolution = false;
         std::int64_t heldBack = 0;  ///< 120ths of a line
