@@ -1,7 +1,7 @@
 // tessara-headless: the whole application on this computer's mouse, without an interface. The
-// document and the preferences are the user's. It takes no options; SIGTERM and SIGINT end it in
-// good order. It ends with 0 then, with 1 when it could not start, and with 2 when it was called
-// with arguments.
+// document and the preferences are the user's. It takes no options; SIGTERM, SIGINT and SIGHUP end
+// it in good order. It ends with 0 then, with 1 when it could not start, and with 2 when it was
+// called with arguments.
 
 #include <QCoreApplication>
 #include <csignal>

@@ -1,7 +1,7 @@
 // tessara [--at-login]: the program with its windows and its tray item, on this computer's mouse.
 // The desktop that starts it at login says so, and it waits for a tray before it shows a window.
-// SIGTERM and SIGINT end it in good order. It ends with 0 then, with 1 when it could not start, and
-// with 2 when it was called with other arguments.
+// SIGTERM, SIGINT and SIGHUP end it in good order. It ends with 0 then, with 1 when it could not
+// start, and with 2 when it was called with other arguments.
 
 #include <QApplication>
 #include <cstdlib>

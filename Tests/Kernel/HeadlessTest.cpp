@@ -116,7 +116,7 @@ TEST_F(Headless, the_mouse_behaves_as_the_document_says) {
 }
 
 TEST_F(Headless, whatever_ends_it_the_mouse_works_as_before_and_the_next_start_takes_it_again) {
-    for (const int signal : {SIGTERM, SIGINT, SIGKILL}) {
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGKILL}) {
         SCOPED_TRACE(signal);
         start();
         mouse.pointer().press(holdButton);

@@ -13,7 +13,7 @@
 namespace tessara {
 namespace {
 
-constexpr std::array stopSignals{SIGTERM, SIGINT};
+constexpr std::array stopSignals{SIGTERM, SIGINT, SIGHUP};
 
 /// The pipe that a handler, which may do next to nothing, writes to.
 std::array<int, 2> ends{-1, -1};
@@ -26,13 +26,21 @@ extern "C" void noteSignal(int /*signal*/) {
     errno = saved;
 }
 
+/// Whether the program was started to outlive its terminal, as nohup does it.
+bool isHangupIgnored() {
+    struct sigaction action{};
+    sigaction(SIGHUP, nullptr, &action);
+    return action.sa_handler == SIG_IGN;
+}
+
 void handleSignals(void (*handler)(int)) {
     struct sigaction action{};
     action.sa_handler = handler;
     action.sa_flags = SA_RESTART;
     sigemptyset(&action.sa_mask);
-    for (const int signal : stopSignals)
-        sigaction(signal, &action, nullptr);
+    for (const int signal : stopSignals) {
+        if (signal != SIGHUP || !isHangupIgnored()) sigaction(signal, &action, nullptr);
+    }
 }
 
 int openPipe() {

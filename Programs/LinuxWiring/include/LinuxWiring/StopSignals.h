@@ -7,9 +7,10 @@ class QSocketNotifier;
 
 namespace tessara {
 
-/// Turns the first SIGTERM or SIGINT into a call from Qt's event loop, so that the program can end
-/// in good order. From then on both do again what they do to any program: a second one ends it at
-/// once, however long the good order takes.
+/// Turns the first SIGTERM, SIGINT or SIGHUP into a call from Qt's event loop, so that the program
+/// can end in good order. From then on they do again what they do to any program: a second one ends
+/// it at once, however long the good order takes. A program that was started with SIGHUP ignored
+/// outlives its terminal.
 ///
 /// One at a time, on the thread of the `QCoreApplication`, and made when there is something to be
 /// ended in good order; until then, as afterwards, the signals end the program at once. So does
