@@ -4,6 +4,7 @@
 // start, and with 2 when it was called with other arguments.
 
 #include <QApplication>
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -21,8 +22,9 @@ namespace {
 constexpr int misused = 2;
 constexpr const char* applicationID = "ai.tessara.Tessara";
 
+/// That it cannot be written, as when the terminal has gone, is no reason to end.
 void say(const std::string& sentence) {
-    fmt::print(stderr, "tessara: {}\n", sentence);
+    std::fputs(fmt::format("tessara: {}\n", sentence).c_str(), stderr);
 }
 
 }  // namespace
